@@ -1,0 +1,49 @@
+# One target per folder that has a boundary. A target sees the headers of a folder only when it links that folder's
+# target: each target's public include directory holds nothing but a link to its own folder, so an include against the
+# arrows does not compile.
+
+set(VYNLEX_INCLUDE_ROOTS ${CMAKE_BINARY_DIR}/include-roots)
+
+add_library(vynlex_warnings INTERFACE)
+target_compile_options(vynlex_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual)
+if(VYNLEX_WARNINGS_AS_ERRORS)
+    target_compile_options(vynlex_warnings INTERFACE -Werror)
+endif()
+
+# vynlex_add_folder(<target> FOLDER <path below ROOT> [ROOT <folder of the project; "src" unless told, "." for the top>]
+#                   SOURCES <files> [PUBLIC <targets>] [PRIVATE <targets>])
+# Headers are included as "<FOLDER>/Name.h". The alias is vynlex::<target>.
+function(vynlex_add_folder target)
+    cmake_parse_arguments(ARG "" "FOLDER;ROOT" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+    if(NOT ARG_ROOT)
+        set(ARG_ROOT src)
+    endif()
+    set(root ${VYNLEX_INCLUDE_ROOTS}/${target})
+    cmake_path(GET ARG_FOLDER PARENT_PATH parent)
+    file(MAKE_DIRECTORY ${root}/${parent})
+    if(NOT EXISTS ${root}/${ARG_FOLDER})
+        file(CREATE_LINK ${PROJECT_SOURCE_DIR}/${ARG_ROOT}/${ARG_FOLDER} ${root}/${ARG_FOLDER} SYMBOLIC)
+    endif()
+
+    add_library(${target} STATIC ${ARG_SOURCES})
+    add_library(vynlex::${target} ALIAS ${target})
+    target_include_directories(${target} PUBLIC ${root})
+    target_link_libraries(${target} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} vynlex_warnings)
+endfunction()
+
+# vynlex_add_test(<name> SOURCES <files> LIBS <targets> [LABELS <labels>] [TIMEOUT <seconds>])
+# A Qt Test executable run by CTest, offscreen.
+function(vynlex_add_test name)
+    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 120)
+    endif()
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS} Qt6::Test vynlex_warnings)
+    target_compile_definitions(${name} PRIVATE VYNLEX_FIXTURES="${PROJECT_SOURCE_DIR}/tests/fixtures")
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES
+        TIMEOUT ${ARG_TIMEOUT}
+        LABELS "${ARG_LABELS}"
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_QUICK_BACKEND=software;LC_ALL=C.UTF-8")
+endfunction()

@@ -1,0 +1,14 @@
+#include "platform/dispatch/Console.h"
+
+#include <cstdio>
+
+namespace vynlex {
+
+void consoleLine(const QString &line)
+{
+    const QByteArray bytes = line.toUtf8() + '\n';
+    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout);
+    std::fflush(stdout);
+}
+
+} // namespace vynlex
