@@ -35,7 +35,7 @@ SerialQueue::SerialQueue(const QString &label)
 
 SerialQueue::~SerialQueue()
 {
-    m_state->tasks.exchange({});
+    m_state->tasks.set({});
     m_state->pool.clear();
     m_state->pool.waitForDone();
 }
