@@ -1,49 +1,74 @@
 #include "platform/dispatch/SerialQueue.h"
 
-#include <QThreadPool>
+#include <QThread>
 
 #include <deque>
 
+#include "platform/dispatch/GlobalQueue.h"
 #include "platform/dispatch/Guarded.h"
 
 namespace vynlex {
 
-struct SerialQueue::State {
-    Guarded<std::deque<Task>> tasks;
-    QThreadPool pool;
+struct SerialQueue::Lane : std::enable_shared_from_this<SerialQueue::Lane> {
+    struct State {
+        std::deque<Task> tasks;
+        bool running = false;
+    };
 
-    void runNext()
+    QString label;
+    Guarded<State> state;
+
+    void push(Task task)
     {
-        const Task task = tasks.with([](std::deque<Task> &queue) {
-            if (queue.empty())
+        const bool start = state.with([&](State &s) {
+            s.tasks.push_back(std::move(task));
+            return !std::exchange(s.running, true);
+        });
+        if (start)
+            GlobalQueue::async([self = shared_from_this()] { self->drain(); });
+    }
+
+    void drain()
+    {
+        QThread::currentThread()->setObjectName(label);
+        while (const Task task = next())
+            task();
+    }
+
+    Task next()
+    {
+        return state.with([](State &s) {
+            if (s.tasks.empty()) {
+                s.running = false;
                 return Task{};
-            Task front = std::move(queue.front());
-            queue.pop_front();
+            }
+            Task front = std::move(s.tasks.front());
+            s.tasks.pop_front();
             return front;
         });
-        if (task)
-            task();
+    }
+
+    void dropPending()
+    {
+        // The tasks are destroyed after the lock is gone: what they own may come back here.
+        const std::deque<Task> dropped = state.with([](State &s) { return std::exchange(s.tasks, {}); });
     }
 };
 
 SerialQueue::SerialQueue(const QString &label)
-    : m_state(std::make_unique<State>())
+    : m_lane(std::make_shared<Lane>())
 {
-    m_state->pool.setObjectName(label);
-    m_state->pool.setMaxThreadCount(1);
+    m_lane->label = label;
 }
 
 SerialQueue::~SerialQueue()
 {
-    m_state->tasks.set({});
-    m_state->pool.clear();
-    m_state->pool.waitForDone();
+    m_lane->dropPending();
 }
 
 void SerialQueue::async(Task task)
 {
-    m_state->tasks.with([&](std::deque<Task> &queue) { queue.push_back(std::move(task)); });
-    m_state->pool.start([state = m_state.get()] { state->runNext(); });
+    m_lane->push(std::move(task));
 }
 
 } // namespace vynlex

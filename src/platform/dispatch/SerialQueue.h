@@ -8,20 +8,24 @@
 
 namespace vynlex {
 
-/// Runs tasks one after the other, in order, on a thread of its own.
+/// Runs tasks one after the other, in order, on threads of the global queue.
 ///
-/// Destroying the queue drops what has not begun and waits for the task that is running.
+/// Destroying the queue drops what has not begun and does not wait for the task that is running, so a task may own the
+/// object that owns the queue; it must own whatever else it uses.
 class SerialQueue {
 public:
+    /// `label` names the running thread in a debugger.
     explicit SerialQueue(const QString &label);
     ~SerialQueue();
+    SerialQueue(const SerialQueue &) = delete;
+    SerialQueue &operator=(const SerialQueue &) = delete;
 
     /// Any thread.
     void async(Task task);
 
 private:
-    struct State;
-    std::unique_ptr<State> m_state;
+    struct Lane;
+    std::shared_ptr<Lane> m_lane;
 };
 
 } // namespace vynlex

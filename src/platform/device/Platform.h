@@ -20,6 +20,9 @@ namespace vynlex {
 struct Platform {
     std::shared_ptr<Clock> clock;
     std::shared_ptr<UserDefaults> userDefaults;
+    /// The session of default settings that everyone shares.
+    std::shared_ptr<HttpTransport> httpSession;
+    /// A session of one's own.
     std::function<std::unique_ptr<HttpTransport>(const HttpSessionConfiguration &)> makeHttpTransport;
     std::shared_ptr<SocketWorker> socketWorker;
     std::shared_ptr<SpeechService> speechService;
@@ -30,10 +33,11 @@ struct Platform {
     /// The shipped platform: Qt, curl, Beast, the device's microphone and loudspeaker.
     static Platform shipped();
 
-    /// The current platform. The shipped one is installed on first use unless another was installed before. Any thread.
-    static const Platform &current();
+    /// The current platform, never null. The shipped one is installed on first use unless another was installed before.
+    /// Any thread.
+    static std::shared_ptr<const Platform> current();
 
-    /// Replaces the current platform; objects made from the old one keep it. Main thread, before the kit works.
+    /// Replaces the current platform; who holds something of the old one keeps it. Any thread, while the kit is idle.
     static void install(Platform platform);
 };
 

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QString>
+
+#include <utility>
+
+namespace vynlex {
+
+/// The keys of the cloud services, as the host hands them in. A plain value.
+///
+/// Nothing is checked here: an empty or wrong key shows up when a service is asked. All three stay in memory only.
+class VLTranslationConfig {
+public:
+    VLTranslationConfig(QString speechKey, QString speechRegion, QString textTranslationKey)
+        : m_speechKey(std::move(speechKey))
+        , m_speechRegion(std::move(speechRegion))
+        , m_textTranslationKey(std::move(textTranslationKey))
+    {
+    }
+
+    /// Subscription key of the speech service, for recognition and for speech output.
+    [[nodiscard]] const QString &speechKey() const { return m_speechKey; }
+    /// Region of the speech service ("centralindia"); also sent as the translator's region.
+    [[nodiscard]] const QString &speechRegion() const { return m_speechRegion; }
+    /// Subscription key of the text translator.
+    [[nodiscard]] const QString &textTranslationKey() const { return m_textTranslationKey; }
+
+    bool operator==(const VLTranslationConfig &) const = default;
+
+private:
+    QString m_speechKey;
+    QString m_speechRegion;
+    QString m_textTranslationKey;
+};
+
+} // namespace vynlex

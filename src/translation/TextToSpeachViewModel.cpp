@@ -1,0 +1,70 @@
+#include "translation/TextToSpeachViewModel.h"
+
+#include "api/VLApiManager.h"
+#include "language/LanguageTranslation.h"
+#include "platform/device/Platform.h"
+#include "platform/dispatch/Console.h"
+#include "translation/AudioManager.h"
+
+using namespace Qt::StringLiterals;
+
+namespace vynlex {
+
+TextToSpeachViewModel::TextToSpeachViewModel(const VLApiManager &apiManager, const LanguageTranslation &languages)
+    : m_sub(apiManager.translatedConfig ? apiManager.translatedConfig->speechKey() : QString())
+    , m_region(apiManager.translatedConfig ? apiManager.translatedConfig->speechRegion() : QString())
+    , m_languages(languages)
+{
+}
+
+TextToSpeachViewModel::TextToSpeachViewModel()
+    : TextToSpeachViewModel(VLApiManager::shared(), LanguageTranslation::shared())
+{
+}
+
+void TextToSpeachViewModel::speakText(const QString &text, bool isSpeaker, const QString &voiceName,
+                                      const std::function<void()> &onCompleted)
+{
+    AudioManager::setUpAudioSession();
+
+    auto config = SpeechConfig::fromSubscription(m_sub, m_region);
+    if (!config) {
+        consoleLine("Error creating speech configuration: "_L1 + config.error());
+        return;
+    }
+    config->setSpeechSynthesisVoiceName(
+        voiceName.isEmpty() ? m_languages.voice(isSpeaker ? Side::Speaker : Side::Listener) : voiceName);
+
+    const auto made = Platform::current()->speechService->makeSynthesizer(*config);
+    if (!made) {
+        consoleLine("Error creating speech synthesizer: "_L1 + made.error());
+        return;
+    }
+    const std::shared_ptr<SpeechSynthesizer> &synthesizer = *made;
+    synthesizer->synthesisCompleted = [onCompleted](const SpeechSynthesisResult &) {
+        consoleLine(u"completedSynthesizer"_s);
+        onCompleted();
+    };
+    m_synthesizer.set(synthesizer);
+
+    if (text.isEmpty())
+        return; // Nothing to say, and deliberately nobody is told.
+
+    const auto result = synthesizer->speakText(text);
+    if (!result)
+        consoleLine("Error during speech synthesis: "_L1 + result.error());
+    else if (result->reason == ResultReason::Canceled)
+        consoleLine("Speech synthesis cancelled, detail: "_L1 + result->cancellation.errorDetails + u' ');
+}
+
+void TextToSpeachViewModel::stopSpeaking()
+{
+    const auto synthesizer = m_synthesizer.copy();
+    if (!synthesizer)
+        return;
+    // The words are those of a failed creation, deliberately: one line stands for both.
+    if (const auto stopped = synthesizer->stopSpeaking(); !stopped)
+        consoleLine("Error creating speech synthesizer: "_L1 + stopped.error());
+}
+
+} // namespace vynlex

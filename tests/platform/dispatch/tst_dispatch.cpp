@@ -1,0 +1,211 @@
+#include <QEventLoop>
+#include <QSemaphore>
+#include <QtTest>
+
+#include <array>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "platform/dispatch/Console.h"
+#include "platform/dispatch/FatalError.h"
+#include "platform/dispatch/GlobalQueue.h"
+#include "platform/dispatch/Lifetime.h"
+#include "platform/dispatch/MainQueue.h"
+#include "platform/dispatch/SerialQueue.h"
+#include "platform/dispatch/SystemClock.h"
+#include "tests/fakes/CapturedConsole.h"
+#include "tests/fakes/FakeClock.h"
+
+using namespace std::chrono_literals;
+using namespace vynlex;
+
+namespace {
+
+/// The shipped clock or the fake, and how time passes for it.
+struct ClockUnderTest {
+    std::shared_ptr<Clock> clock;
+    std::function<void(std::chrono::milliseconds)> pass;
+};
+
+ClockUnderTest clockUnderTest(bool fake)
+{
+    if (fake) {
+        const auto clock = std::make_shared<FakeClock>();
+        return {clock, [clock](std::chrono::milliseconds time) { clock->advance(time); }};
+    }
+    return {std::make_shared<SystemClock>(),
+            [](std::chrono::milliseconds time) { QTest::qWait(static_cast<int>(time.count())); }};
+}
+
+} // namespace
+
+class TestDispatch : public QObject {
+    Q_OBJECT
+
+private slots:
+    void mainQueueKeepsOrderAndNeverRunsInsideTheCall()
+    {
+        std::vector<int> order;
+        MainQueue::async([&] {
+            order.push_back(1);
+            MainQueue::async([&] { order.push_back(3); });
+        });
+        MainQueue::async([&] { order.push_back(2); });
+        QVERIFY(order.empty());
+        QTRY_COMPARE(order, (std::vector{1, 2, 3}));
+    }
+
+    void mainQueueServesManyThreadsAndLosesNothing()
+    {
+        constexpr int perThread = 2000;
+        std::array<int, 4> last{};
+        int count = 0;
+        bool inOrder = true;
+        std::vector<std::thread> threads;
+        for (std::size_t t = 0; t < last.size(); ++t) {
+            threads.emplace_back([&, t] {
+                for (int i = 1; i <= perThread; ++i) {
+                    MainQueue::async([&, t, i] {
+                        inOrder = inOrder && MainQueue::isCurrent() && last.at(t) == i - 1;
+                        last.at(t) = i;
+                        ++count;
+                    });
+                }
+            });
+        }
+        for (std::thread &thread : threads)
+            thread.join();
+        QTRY_COMPARE(count, perThread * 4);
+        QVERIFY(inOrder);
+    }
+
+    void aNestedEventLoopDoesNotHoldUpTheQueue()
+    {
+        bool done = false;
+        MainQueue::async([&] {
+            QEventLoop loop;
+            MainQueue::async([&] { loop.quit(); });
+            loop.exec();
+            done = true;
+        });
+        QTRY_VERIFY(done);
+    }
+
+    void globalQueueRunsBlockedTasksSideBySide()
+    {
+        QSemaphore arrived;
+        QSemaphore release;
+        constexpr int tasks = 8;
+        for (int i = 0; i < tasks; ++i) {
+            GlobalQueue::async([&] {
+                arrived.release();
+                release.acquire();
+            });
+        }
+        QVERIFY(arrived.tryAcquire(tasks, 10'000));
+        release.release(tasks);
+    }
+
+    void serialQueueRunsOneTaskAtATimeInOrder()
+    {
+        SerialQueue queue(QStringLiteral("test"));
+        std::vector<int> order; // unguarded on purpose: the queue is the guard
+        std::atomic<bool> done = false;
+        for (int i = 0; i < 1000; ++i)
+            queue.async([&order, i] { order.push_back(i); });
+        queue.async([&] { done = true; });
+        QTRY_VERIFY(done);
+        QCOMPARE(order.size(), 1000U);
+        QVERIFY(std::is_sorted(order.begin(), order.end()));
+    }
+
+    void aTaskMayOwnTheOwnerOfItsSerialQueue()
+    {
+        struct Owner {
+            SerialQueue queue{QStringLiteral("test")};
+        };
+        auto owner = std::make_shared<Owner>();
+        const std::weak_ptr<Owner> weak = owner;
+        QSemaphore started;
+        QSemaphore proceed;
+        std::atomic<bool> droppedTaskRan = false;
+        owner->queue.async([owner, &started, &proceed] {
+            started.release();
+            proceed.acquire();
+        });
+        owner->queue.async([&] { droppedTaskRan = true; });
+        QVERIFY(started.tryAcquire(1, 10'000));
+        owner.reset(); // the running task is the last owner
+        proceed.release();
+        QTRY_VERIFY(weak.expired());
+        QVERIFY(!droppedTaskRan);
+    }
+
+    void aGuardedCallbackOfADeadObjectDoesNothing()
+    {
+        int calls = 0;
+        auto lifetime = std::make_unique<Lifetime>();
+        auto callback = lifetime->guard([&](int by) { calls += by; });
+        callback(2);
+        lifetime.reset();
+        callback(2);
+        QCOMPARE(calls, 2);
+    }
+
+    void clocksFireInOrderAndStopWhenDestroyed_data()
+    {
+        QTest::addColumn<bool>("fake");
+        QTest::newRow("fake") << true;
+        QTest::newRow("shipped") << false;
+    }
+    void clocksFireInOrderAndStopWhenDestroyed()
+    {
+        QFETCH(const bool, fake);
+        const ClockUnderTest test = clockUnderTest(fake);
+        std::vector<int> fired;
+        int ticks = 0;
+        const auto start = test.clock->now();
+        const auto second = test.clock->after(40ms, [&] { fired.push_back(2); });
+        const auto first = test.clock->after(20ms, [&] { fired.push_back(1); });
+        auto never = test.clock->after(10ms, [&] { fired.push_back(0); });
+        never.reset();
+        std::unique_ptr<Timer> ticker = test.clock->every(10ms, [&] {
+            if (++ticks == 3)
+                ticker.reset(); // from inside its own task
+        });
+        for (int i = 0; i < 100 && (fired.size() < 2 || ticks < 3); ++i)
+            test.pass(20ms);
+        test.pass(20ms);
+        QCOMPARE(fired, (std::vector{1, 2}));
+        QCOMPARE(ticks, 3);
+        QVERIFY(test.clock->now() - start >= 60ms);
+    }
+
+    void consoleLinesComeWholeFromEveryThread()
+    {
+        const CapturedConsole console;
+        std::vector<std::thread> threads;
+        for (int t = 0; t < 4; ++t) {
+            threads.emplace_back([] {
+                for (int i = 0; i < 200; ++i)
+                    consoleLine(QStringLiteral("नमस्ते"));
+            });
+        }
+        for (std::thread &thread : threads)
+            thread.join();
+        QCOMPARE(console.lines().count(QStringLiteral("नमस्ते")), 800);
+    }
+
+    void aFatalErrorEndsTheProcessWithItsSentence()
+    {
+        QCOMPARE(fatalErrorOf([] { fatalError(QStringLiteral("Nothing is left to do.")); }),
+                 QStringLiteral("Fatal error: Nothing is left to do."));
+        QVERIFY(fatalErrorOf([] {}).isNull());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestDispatch)
+#include "tst_dispatch.moc"
