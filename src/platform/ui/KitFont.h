@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QFont>
+#include <QObject>
+#include <QQmlEngine>
+
+namespace vynlex {
+
+/// The kit's typeface: one family per script, so that every language is drawn in the same style, and the reader's font
+/// scale.
+///
+/// One instance per process, main thread. In QML the singleton `KitFont`.
+class KitFont : public QObject {
+    Q_OBJECT
+    QML_NAMED_ELEMENT(KitFont)
+    QML_SINGLETON
+
+    Q_PROPERTY(qreal scale READ scale WRITE setScale NOTIFY scaleChanged FINAL)
+
+public:
+    static KitFont &shared();
+    static KitFont *create(QQmlEngine *engine, QJSEngine *);
+
+    /// How much larger than designed the user wants to read; 1 unless set. Kept within 0.8 to 2, where the layouts
+    /// hold.
+    qreal scale() const { return m_scale; }
+    void setScale(qreal scale);
+
+    /// `size` in points before scaling, `weight` a QFont::Weight.
+    Q_INVOKABLE QFont sized(qreal size, int weight = QFont::Normal) const;
+
+signals:
+    void scaleChanged();
+
+private:
+    KitFont() = default;
+
+    qreal m_scale = 1;
+};
+
+} // namespace vynlex

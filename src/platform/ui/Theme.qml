@@ -1,0 +1,67 @@
+pragma Singleton
+
+import QtQuick
+import VynlexTranslationSDK.Ui // the module of this file: its C++ types come only when it is named
+
+/// The one place for colours, sizes, type and motion. Lengths are points, times milliseconds.
+QtObject {
+    id: root
+
+    // Colours of the product
+    readonly property color primary: "#0F3CC9"
+    readonly property color primarySoft: "#9EB5FA"
+    readonly property color primaryTint: "#E7EBF8"
+    readonly property color neutral: "#B5B5B5"
+    readonly property color background: "#F2F5FF"
+
+    // Colours that follow from them; text on its ground keeps a contrast of at least 4.5 to 1
+    readonly property color surface: "#FFFFFF"
+    readonly property color inkOnPrimary: "#FFFFFF"
+    readonly property color ink: "#14204A"
+    readonly property color inkSoft: "#56607F"
+    readonly property color hairline: "#D5DCF2"
+    readonly property color disabled: "#A3A9BC"
+    readonly property color pressedShade: "#1A000000"
+    readonly property color dimming: Qt.rgba(0, 0, 0, 0.45)
+
+    // Type; the reader's font scale is applied by font()
+    readonly property int caption: 13
+    readonly property int body: 16
+    readonly property int title: 20
+    readonly property int headline: 26
+    readonly property int speechSmallest: 22
+    readonly property int speechLargest: 40
+    readonly property int promptLargest: 30
+
+    readonly property real fontScale: KitFont.scale
+
+    // Spacing in steps of four
+    readonly property int gapTiny: 4
+    readonly property int gapSmall: 8
+    readonly property int gap: 12
+    readonly property int gapLarge: 16
+    readonly property int gapHuge: 24
+
+    readonly property int touch: 44
+    readonly property int icon: 24
+    readonly property int micDiameter: 76
+    readonly property int roundButton: 52
+    readonly property int radiusCard: 28
+    readonly property int radiusSheet: 24
+    readonly property int radiusSmall: 14
+    readonly property int focusWidth: 3
+
+    /// Lines longer than this are tiring to read; wide screens centre their text in it.
+    readonly property int readableWidth: 680
+
+    // Motion
+    readonly property int quick: 150
+    readonly property int push: 300
+    readonly property int modal: 400
+
+    /// `size` one of the type sizes above, `weight` a Font weight.
+    function font(size: real, weight: int): font {
+        // Reading the scale makes every binding follow it.
+        return root.fontScale > 0 ? KitFont.sized(size, weight) : KitFont.sized(size, weight);
+    }
+}
