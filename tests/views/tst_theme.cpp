@@ -10,6 +10,7 @@
 #include <cmath>
 #include <memory>
 
+using namespace Qt::StringLiterals;
 using namespace vynlex;
 
 namespace {
@@ -69,15 +70,29 @@ private slots:
 
     void theReadersScaleReachesEveryFont()
     {
-        QFont font;
-        QVERIFY(
-            QMetaObject::invokeMethod(m_theme, "font", Q_RETURN_ARG(QFont, font), Q_ARG(qreal, 20), Q_ARG(int, 400)));
-        QCOMPARE(font.pixelSize(), 20);
+        QCOMPARE(fontOf(u"Hello"_s).pixelSize(), 20);
         KitFont::shared().setScale(1.5);
-        QVERIFY(
-            QMetaObject::invokeMethod(m_theme, "font", Q_RETURN_ARG(QFont, font), Q_ARG(qreal, 20), Q_ARG(int, 400)));
-        QCOMPARE(font.pixelSize(), 30);
+        QCOMPARE(fontOf(u"Hello"_s).pixelSize(), 30);
         QCOMPARE(m_theme->property("fontScale").toReal(), 1.5);
+    }
+
+    void everyScriptIsSetInItsOwnFace_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("face");
+        QTest::newRow("English") << u"English"_s << u"Noto Sans"_s;
+        QTest::newRow("Hindi") << u"हिंदी"_s << u"Noto Sans Devanagari"_s;
+        QTest::newRow("Gujarati") << u"ગુજરાતી"_s << u"Noto Sans Gujarati"_s;
+        QTest::newRow("Bengali") << u"বাংলা"_s << u"Noto Sans Bengali"_s;
+        QTest::newRow("Telugu") << u"తెలుగు"_s << u"Noto Sans Telugu"_s;
+        QTest::newRow("digits and marks lead nowhere") << u"12: तेरह"_s << u"Noto Sans Devanagari"_s;
+        QTest::newRow("nothing") << QString() << u"Noto Sans"_s;
+    }
+    void everyScriptIsSetInItsOwnFace()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, face);
+        QCOMPARE(QFontInfo(fontOf(text)).family(), face);
     }
 
     void anAbsurdScaleIsKeptWithinWhatTheLayoutsHold()
@@ -130,6 +145,14 @@ private slots:
     }
 
 private:
+    QFont fontOf(const QString &text) const
+    {
+        QFont font;
+        QMetaObject::invokeMethod(m_theme, "font", Q_RETURN_ARG(QFont, font), Q_ARG(QString, text), Q_ARG(qreal, 20),
+                                  Q_ARG(int, 400));
+        return font;
+    }
+
     QQmlEngine m_engine;
     std::unique_ptr<QObject> m_root;
     QObject *m_theme = nullptr;

@@ -1,10 +1,36 @@
 #include "platform/ui/KitFont.h"
 
-#include <QtMath>
-
 #include <algorithm>
+#include <array>
+#include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace vynlex {
+
+namespace {
+
+// Named one by one: left to itself the system pairs Gujarati with a serif face.
+const std::array<std::pair<QChar::Script, QString>, 5> families{{
+    {QChar::Script_Latin, u"Noto Sans"_s},
+    {QChar::Script_Devanagari, u"Noto Sans Devanagari"_s},
+    {QChar::Script_Gujarati, u"Noto Sans Gujarati"_s},
+    {QChar::Script_Bengali, u"Noto Sans Bengali"_s},
+    {QChar::Script_Telugu, u"Noto Sans Telugu"_s},
+}};
+
+std::size_t leadingFamily(const QString &text)
+{
+    for (const QChar letter : text) {
+        for (std::size_t family = 0; family < families.size(); ++family) {
+            if (letter.script() == families[family].first)
+                return family;
+        }
+    }
+    return 0;
+}
+
+} // namespace
 
 KitFont &KitFont::shared()
 {
@@ -27,15 +53,17 @@ void KitFont::setScale(qreal scale)
     emit scaleChanged();
 }
 
-QFont KitFont::sized(qreal size, int weight) const
+QFont KitFont::fitting(const QString &text, qreal size, int weight) const
 {
+    QStringList names;
+    for (const auto &[script, name] : families)
+        names.append(name);
+    names.move(static_cast<qsizetype>(leadingFamily(text)), 0);
+
     QFont font;
-    // Named one by one: left to itself the system pairs Gujarati with a serif face.
-    font.setFamilies({QStringLiteral("Noto Sans"), QStringLiteral("Noto Sans Devanagari"),
-                      QStringLiteral("Noto Sans Gujarati"), QStringLiteral("Noto Sans Bengali"),
-                      QStringLiteral("Noto Sans Telugu")});
-    font.setPixelSize(qMax(1, qRound(size * m_scale)));
-    font.setWeight(QFont::Weight(weight));
+    font.setFamilies(names);
+    font.setPixelSize(std::max(1, qRound(size * m_scale)));
+    font.setWeight(static_cast<QFont::Weight>(weight));
     return font;
 }
 

@@ -23,11 +23,12 @@ public:
 
     /// How much larger than designed the user wants to read; 1 unless set. Kept within 0.8 to 2, where the layouts
     /// hold.
-    qreal scale() const { return m_scale; }
+    [[nodiscard]] qreal scale() const { return m_scale; }
     void setScale(qreal scale);
 
-    /// `size` in points before scaling, `weight` a QFont::Weight.
-    Q_INVOKABLE QFont sized(qreal size, int weight = QFont::Normal) const;
+    /// The font for `text`: its first letter's script leads, so that lines get that script's height. `size` is in
+    /// points before scaling, `weight` a QFont::Weight.
+    [[nodiscard]] Q_INVOKABLE QFont fitting(const QString &text, qreal size, int weight = QFont::Normal) const;
 
 signals:
     void scaleChanged();

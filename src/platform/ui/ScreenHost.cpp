@@ -50,14 +50,14 @@ public:
     [[nodiscard]] const std::shared_ptr<ViewController> &controller() const { return m_controller; }
     [[nodiscard]] bool isMoving() const { return m_movement.state() == QAbstractAnimation::Running; }
 
-    void makeView(QQmlEngine &engine)
+    void makeView(QQmlEngine &engine, ScreenWindow &window)
     {
         ViewController &content = m_controller->contentViewController();
         if (content.viewSource().isEmpty())
             return;
         QQmlComponent component(&engine, content.viewSource());
-        auto *const view = qobject_cast<QQuickItem *>(
-            component.createWithInitialProperties({{u"controller"_s, QVariant::fromValue(&content)}}));
+        auto *const view = qobject_cast<QQuickItem *>(component.createWithInitialProperties(
+            {{u"controller"_s, QVariant::fromValue(&content)}, {u"window"_s, QVariant::fromValue(&window)}}));
         if (!view)
             fatalError(
                 u"The view %1 cannot be shown: %2"_s.arg(content.viewSource().toString(), component.errorString()));
@@ -142,7 +142,7 @@ struct ScreenHost::Screens {
     void enter(const std::shared_ptr<ViewController> &controller)
     {
         auto *const stage = new Stage(controller, host);
-        stage->makeView(engine);
+        stage->makeView(engine, window);
         QObject::connect(controller.get(), &ViewController::presentedViewControllerChanged, stage,
                          [this] { follow(); });
         shown.push_back(stage);

@@ -59,9 +59,14 @@ QtObject {
     readonly property int push: 300
     readonly property int modal: 400
 
-    /// `size` one of the type sizes above, `weight` a Font weight.
-    function font(size: real, weight: int): font {
+    /// A picture that belongs to a view alone; those of controls come with their state.
+    function image(name: string): url {
+        return "qrc:/VynlexTranslationSDK/images/" + name + ".svg";
+    }
+
+    /// The font of `text`; `size` one of the type sizes above, `weight` a Font weight.
+    function font(text: string, size: real, weight: int): font {
         // Reading the scale makes every binding follow it.
-        return root.fontScale > 0 ? KitFont.sized(size, weight) : KitFont.sized(size, weight);
+        return root.fontScale > 0 ? KitFont.fitting(text, size, weight) : undefined;
     }
 }

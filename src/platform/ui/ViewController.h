@@ -35,8 +35,8 @@ public:
     ModalPresentationStyle modalPresentationStyle = ModalPresentationStyle::FullScreen;
     ModalTransitionStyle modalTransitionStyle = ModalTransitionStyle::CoverVertical;
 
-    /// The QML view of this screen, which takes `required property ... controller`; empty for a screen that shows
-    /// nothing.
+    /// The QML view of this screen, which takes `required property ... controller` and, for the safe area,
+    /// `required property ScreenWindow window`; empty for a screen that shows nothing.
     [[nodiscard]] virtual QUrl viewSource() const { return {}; }
     /// The screen whose view is shown for this one: a container's content, else itself.
     [[nodiscard]] virtual ViewController &contentViewController() { return *this; }

@@ -1,0 +1,52 @@
+import QtQuick
+import VynlexTranslationSDK.Ui
+
+/// Shows a side's language and opens its picker.
+Tappable {
+    id: root
+
+    required property string language
+    property color ground: Theme.primaryTint
+    property real largestWidth: 240
+
+    implicitWidth: Math.min(root.largestWidth, label.implicitWidth + 2 * Theme.gapLarge + Theme.gapTiny + arrow.width)
+    implicitHeight: Math.max(Theme.touch, Math.ceil(label.implicitHeight) + Theme.gapSmall)
+    focusRadius: root.height / 2
+
+    Rectangle {
+        anchors.fill: parent
+        radius: height / 2
+        color: root.ground
+
+        Rectangle {
+            anchors.fill: parent
+            radius: height / 2
+            color: Theme.pressedShade
+            visible: root.down
+        }
+        Text {
+            id: label
+
+            anchors.left: parent.left
+            anchors.leftMargin: Theme.gapLarge
+            anchors.right: arrow.left
+            anchors.rightMargin: Theme.gapTiny
+            anchors.verticalCenter: parent.verticalCenter
+            text: root.language
+            textFormat: Text.PlainText
+            elide: Text.ElideRight
+            color: Theme.primary
+            font: Theme.font(root.language, Theme.body + 1, Font.DemiBold)
+            Accessible.ignored: true
+        }
+        Picture {
+            id: arrow
+
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.gap
+            anchors.verticalCenter: parent.verticalCenter
+            picture: Theme.image("chevronDown")
+            size: 20
+        }
+    }
+}

@@ -1,0 +1,102 @@
+import QtQuick
+import VynlexTranslationSDK.Ui
+
+/// A text to be read from arm's length: as large as its room allows, centred; when even the smallest size is too long, it scrolls.
+FocusScope {
+    id: root
+
+    required property string text
+    property bool prompt: false
+    property color tint: Theme.ink
+    property color ground: Theme.surface
+    readonly property bool scrolls: label.implicitHeight > root.height
+
+    /// Room that one character takes at size 1: its width times the height of its line, with what wrapping leaves empty.
+    readonly property real roomPerCharacter: 0.95
+    readonly property real fittingSize: Math.sqrt(root.width * root.height / (root.roomPerCharacter * Math.max(1, root.text.length)))
+    readonly property int largest: root.prompt ? Theme.promptLargest : Theme.speechLargest
+    readonly property real size: Math.max(Theme.speechSmallest, Math.min(root.largest, Math.floor(root.fittingSize / Theme.fontScale)))
+
+    onTextChanged: flickable.contentY = 0
+
+    Flickable {
+        id: flickable
+
+        anchors.fill: parent
+        clip: true
+        contentWidth: root.width
+        contentHeight: label.height
+        boundsBehavior: Flickable.StopAtBounds
+        interactive: root.scrolls
+        focus: true
+        activeFocusOnTab: root.scrolls
+
+        Keys.onUpPressed: flickable.flick(0, 700)
+        Keys.onDownPressed: flickable.flick(0, -700)
+
+        Text {
+            id: label
+
+            x: (root.width - label.width) / 2
+            width: Math.min(root.width, Theme.readableWidth)
+            height: Math.max(root.height, label.implicitHeight)
+            text: root.text
+            textFormat: Text.PlainText
+            wrapMode: Text.Wrap
+            horizontalAlignment: Text.AlignHCenter
+            verticalAlignment: Text.AlignVCenter
+            color: root.tint
+            font: Theme.font(root.text, root.size, root.prompt ? Font.Normal : Font.Medium)
+            Accessible.role: Accessible.StaticText
+            Accessible.name: root.text
+        }
+    }
+
+    // More to read above or below: the text fades out instead of being cut.
+    Rectangle {
+        anchors.top: parent.top
+        width: root.width
+        height: 28
+        visible: root.scrolls && !flickable.atYBeginning
+        gradient: Gradient {
+            GradientStop {
+                position: 0
+                color: root.ground
+            }
+            GradientStop {
+                position: 1
+                color: Qt.rgba(root.ground.r, root.ground.g, root.ground.b, 0)
+            }
+        }
+    }
+    Rectangle {
+        anchors.bottom: parent.bottom
+        width: root.width
+        height: 28
+        visible: root.scrolls && !flickable.atYEnd
+        gradient: Gradient {
+            GradientStop {
+                position: 0
+                color: Qt.rgba(root.ground.r, root.ground.g, root.ground.b, 0)
+            }
+            GradientStop {
+                position: 1
+                color: root.ground
+            }
+        }
+    }
+    Rectangle {
+        x: root.width - width
+        y: flickable.visibleArea.yPosition * root.height
+        width: 4
+        height: flickable.visibleArea.heightRatio * root.height
+        radius: 2
+        color: Theme.primarySoft
+        visible: root.scrolls
+    }
+    FocusRing {
+        anchors.margins: 0
+        shown: flickable.activeFocus
+        radius: Theme.radiusSmall
+    }
+}

@@ -1,0 +1,66 @@
+import QtQuick
+import VynlexTranslationSDK.Ui
+
+/// What every control does: finger, mouse, keyboard and assistive tools all end in `pressed()`. It draws only its focus.
+///
+/// Each control takes its own touch point, so two people can press at the same time.
+Item {
+    id: root
+
+    required property string name
+    property bool checkable: false
+    property bool checked: false
+    property int role: Accessible.Button
+    property real focusRadius: Theme.radiusSmall
+    readonly property bool down: tap.pressed || keyDown
+    property bool keyDown: false
+
+    signal pressed
+
+    function press() {
+        if (root.enabled)
+            root.pressed();
+    }
+
+    implicitWidth: Theme.touch
+    implicitHeight: Theme.touch
+    activeFocusOnTab: true
+
+    Accessible.role: root.role
+    Accessible.name: root.name
+    Accessible.focusable: true
+    Accessible.checkable: root.checkable
+    Accessible.checked: root.checked
+    Accessible.onPressAction: root.press()
+    Accessible.onToggleAction: root.press()
+
+    Keys.onPressed: event => {
+        if (event.key === Qt.Key_Space || event.key === Qt.Key_Return || event.key === Qt.Key_Enter) {
+            root.keyDown = true;
+            event.accepted = true;
+        }
+    }
+    Keys.onReleased: event => {
+        if (!event.isAutoRepeat && root.keyDown) {
+            root.keyDown = false;
+            event.accepted = true;
+            root.press();
+        }
+    }
+    onActiveFocusChanged: root.keyDown = false
+
+    TapHandler {
+        id: tap
+        gesturePolicy: TapHandler.ReleaseWithinBounds
+        onTapped: root.press()
+    }
+    HoverHandler {
+        cursorShape: Qt.PointingHandCursor
+    }
+
+    FocusRing {
+        shown: root.activeFocus
+        radius: root.focusRadius + 5
+        z: 1
+    }
+}
