@@ -1,0 +1,140 @@
+import QtQuick
+import VynlexTranslationSDK.Ui
+
+/// One person's half of the screen: language, what is said, microphone and reader.
+///
+/// Four looks that differ by more than colour. Idle: text on white. Listening: the half turns blue with a large wave, the
+/// microphone is a stop mark in pulsing rings. Being translated: three moving dots. Speaking: a framed half and a wave beside the
+/// pause mark.
+Rectangle {
+    id: root
+
+    required property string who
+    required property string language
+    required property string text
+    required property bool prompting
+    required property bool listening
+    required property bool busy
+    required property bool speaking
+    required property bool micEnabled
+    required property url micPicture
+    required property bool readAloudShown
+    required property url readAloudPicture
+
+    signal languagePressed
+    signal micPressed
+    signal readAloudPressed
+
+    /// Too low for three rows: the controls move beside the text.
+    readonly property bool low: root.height < 260 && root.width > 500
+    readonly property real inset: root.height < 280 ? Theme.gap : Theme.gapLarge
+    readonly property real micDiameter: root.height < 280 ? 64 : root.width > 600 ? 88 : Theme.micDiameter
+
+    radius: Theme.radiusCard
+    color: root.listening ? Theme.primary : Theme.surface
+    border.width: root.speaking ? 3 : 1
+    border.color: root.listening || root.speaking ? Theme.primary : Theme.hairline
+
+    Accessible.role: Accessible.Grouping
+    Accessible.name: root.who
+
+    Behavior on color {
+        ColorAnimation {
+            duration: Theme.quick
+        }
+    }
+
+    LanguageChip {
+        id: chip
+
+        x: root.inset
+        y: root.inset
+        width: Math.min(chip.implicitWidth, root.width - 3 * root.inset - readAloud.width)
+        name: qsTr("%1 language: %2").arg(root.who).arg(root.language)
+        language: root.language
+        ground: root.listening ? Theme.surface : Theme.primaryTint
+        onPressed: root.languagePressed()
+    }
+
+    SpeechText {
+        id: speech
+
+        x: root.inset
+        y: chip.y + chip.height + Theme.gapSmall
+        width: (root.low ? mic.x - Theme.gapLarge : root.width - root.inset) - speech.x
+        height: (root.low ? root.height - root.inset : mic.y - Theme.gapSmall) - speech.y
+        visible: !root.listening && !dots.visible
+        text: root.text
+        prompt: root.prompting
+        tint: root.prompting ? Theme.inkSoft : Theme.ink
+    }
+
+    SoundWave {
+        anchors.centerIn: speech
+        visible: root.listening
+        running: root.listening
+        bars: 9
+        barWidth: 7
+        tallest: Math.max(28, Math.min(96, speech.height * 0.75))
+        tint: Theme.inkOnPrimary
+    }
+
+    BusyDots {
+        id: dots
+
+        anchors.centerIn: speech
+        visible: root.busy && root.text.length === 0
+        running: root.busy
+        dot: 16
+        tint: Theme.primary
+    }
+
+    BusyDots {
+        anchors.right: readAloud.left
+        anchors.rightMargin: Theme.gap
+        anchors.verticalCenter: readAloud.verticalCenter
+        visible: root.busy && !dots.visible
+        running: root.busy
+        dot: 8
+        tint: Theme.primary
+    }
+
+    SoundWave {
+        anchors.right: readAloud.left
+        anchors.rightMargin: Theme.gap
+        anchors.verticalCenter: readAloud.verticalCenter
+        visible: root.speaking
+        running: root.speaking
+        barWidth: 4
+        tallest: 28
+        tint: Theme.primary
+    }
+
+    RoundButton {
+        id: readAloud
+
+        x: root.low ? mic.x - readAloud.width - root.inset : root.width - root.inset - readAloud.width
+        y: root.low ? mic.y + (mic.height - readAloud.height) / 2 : chip.y + (chip.height - readAloud.height) / 2
+        name: root.speaking ? qsTr("Stop reading aloud, %1").arg(root.who) : qsTr("Read aloud, %1").arg(root.who)
+        checkable: true
+        checked: root.speaking
+        visible: root.readAloudShown
+        diameter: 48
+        ground: Theme.primaryTint
+        picture: root.readAloudPicture
+        onPressed: root.readAloudPressed()
+    }
+
+    MicButton {
+        id: mic
+
+        x: root.low ? root.width - root.inset - mic.width - Theme.gapLarge : (root.width - mic.width) / 2
+        y: root.low ? (root.height - mic.height) / 2 : root.height - root.inset - mic.height
+        name: root.listening ? qsTr("Stop listening, %1").arg(root.who) : qsTr("Microphone, %1").arg(root.who)
+        diameter: root.micDiameter
+        available: root.micEnabled
+        listening: root.listening
+        picture: root.micPicture
+        onPressed: root.micPressed()
+    }
+}
