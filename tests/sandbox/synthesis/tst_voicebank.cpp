@@ -1,0 +1,160 @@
+#include "sandbox/synthesis/VoiceBank.h"
+
+#include "sandbox/synthesis/Resampler.h"
+
+#include <QTest>
+
+#include <cmath>
+#include <numbers>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+using sandbox::Resampler;
+using sandbox::VoiceBank;
+
+namespace {
+
+using Samples = std::vector<std::int16_t>;
+
+Samples spoken(VoiceBank &bank, std::string_view text, std::string_view voice, int rate)
+{
+    Samples all;
+    bank.speak(text, voice, rate, [&](std::span<const std::int16_t> piece) {
+        all.insert(all.end(), piece.begin(), piece.end());
+        return true;
+    });
+    return all;
+}
+
+double rms(const Samples &samples)
+{
+    double sum = 0;
+    for (const auto s : samples)
+        sum += static_cast<double>(s) * s;
+    return samples.empty() ? 0 : std::sqrt(sum / static_cast<double>(samples.size()));
+}
+
+} // namespace
+
+class VoiceBankTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void everyVoiceSpeaksItsLanguage_data()
+    {
+        QTest::addColumn<QByteArray>("voice");
+        QTest::addColumn<QByteArray>("text");
+        const auto row = [](const char *voice, const char *text) {
+            QTest::newRow(voice) << QByteArray(voice) << QByteArray(text);
+        };
+        row("en-US-AriaNeural", "Where is the railway station?");
+        row("en-IN-NeerjaNeural", "Where is the railway station?");
+        row("en-IN-PrabhatNeural", "Where is the railway station?");
+        row("hi-IN-SwaraNeural", "रेलवे स्टेशन कहाँ है?");
+        row("gu-IN-DhwaniNeural", "રેલવે સ્ટેશન ક્યાં છે?");
+        row("mr-IN-AarohiNeural", "रेल्वे स्टेशन कुठे आहे?");
+        row("bn-IN-TanishaaNeural", "রেল স্টেশন কোথায়?");
+        row("te-IN-ShrutiNeural", "రైల్వే స్టేషన్ ఎక్కడ ఉంది?");
+    }
+    void everyVoiceSpeaksItsLanguage()
+    {
+        QFETCH(QByteArray, voice);
+        QFETCH(QByteArray, text);
+        VoiceBank bank;
+        QVERIFY(bank.has(voice.toStdString()));
+        const auto audio = spoken(bank, text.toStdString(), voice.toStdString(), 16000);
+        const double seconds = static_cast<double>(audio.size()) / 16000;
+        // A voice that does not know the script spells every letter, which takes far longer.
+        QVERIFY2(seconds > 0.8 && seconds < 3.5, QByteArray::number(seconds));
+        QVERIFY2(rms(audio) > 800, QByteArray::number(rms(audio)));
+    }
+
+    void theSampleRateIsTheCallers()
+    {
+        VoiceBank bank;
+        const auto native = spoken(bank, "Hello.", "en-US-AriaNeural", 22050);
+        for (const int rate : {8000, 16000, 24000, 48000}) {
+            const auto audio = spoken(bank, "Hello.", "en-US-AriaNeural", rate);
+            const double expected = static_cast<double>(native.size()) * rate / 22050;
+            QVERIFY(std::abs(static_cast<double>(audio.size()) - expected) < 3);
+            QVERIFY(std::abs(rms(audio) / rms(native) - 1) < 0.25);
+        }
+    }
+
+    void aToneKeepsItsLevelAndPlaceThroughTheResampler()
+    {
+        const auto tone = [](int rate, std::size_t frames) {
+            Samples samples(frames);
+            for (std::size_t i = 0; i < frames; ++i)
+                samples[i] = static_cast<std::int16_t>(
+                    std::lround(10000 * std::sin(2 * std::numbers::pi * 440 * static_cast<double>(i) / rate)));
+            return samples;
+        };
+        Resampler resampler(22050, 16000);
+        const auto input = tone(22050, 22050);
+        Samples output;
+        for (std::size_t at = 0; at < input.size(); at += 441) {
+            const auto piece = resampler.process(std::span(input).subspan(at, 441));
+            output.insert(output.end(), piece.begin(), piece.end());
+        }
+        const auto tail = resampler.finish();
+        output.insert(output.end(), tail.begin(), tail.end());
+
+        const auto expected = tone(16000, 16000);
+        QVERIFY(std::abs(static_cast<int>(output.size()) - 16000) <= 1);
+        for (std::size_t i = 200; i < 15800; ++i)
+            QVERIFY2(std::abs(output[i] - expected[i]) < 60, QByteArray::number(static_cast<qulonglong>(i)));
+    }
+
+    void severalSentencesAreSpokenWithPauses()
+    {
+        VoiceBank bank;
+        const auto one = spoken(bank, "Hello.", "en-US-AriaNeural", 16000).size();
+        const auto two = spoken(bank, "Hello. Hello.", "en-US-AriaNeural", 16000).size();
+        QVERIFY(two > 2 * one + 1600);
+        QVERIFY(spoken(bank, "", "en-US-AriaNeural", 16000).empty());
+    }
+
+    void speakingStopsWhenTheSinkRefuses()
+    {
+        VoiceBank bank;
+        int pieces = 0;
+        bank.speak("This is a long sentence, so that there are many pieces. And another.", "en-US-AriaNeural", 16000,
+                   [&](std::span<const std::int16_t>) { return ++pieces < 3; });
+        QCOMPARE(pieces, 3);
+        QVERIFY(spoken(bank, "Hello.", "en-US-AriaNeural", 16000).size() > 4000);
+    }
+
+    void unknownVoicesAndRatesAreRefused()
+    {
+        VoiceBank bank;
+        QVERIFY(!bank.has("de-DE-KatjaNeural"));
+        QVERIFY(!bank.has(""));
+        QVERIFY_EXCEPTION_THROWN(spoken(bank, "Hello.", "de-DE-KatjaNeural", 16000), std::invalid_argument);
+        QVERIFY_EXCEPTION_THROWN(spoken(bank, "Hello.", "en-US-AriaNeural", 7999), std::invalid_argument);
+    }
+
+    void threadsTakeTurns()
+    {
+        VoiceBank bank;
+        const auto english = spoken(bank, "Good morning.", "en-US-AriaNeural", 16000);
+        const auto hindi = spoken(bank, "सुप्रभात।", "hi-IN-SwaraNeural", 16000);
+        Samples a;
+        Samples b;
+        std::thread first([&] { a = spoken(bank, "Good morning.", "en-US-AriaNeural", 16000); });
+        std::thread second([&] { b = spoken(bank, "सुप्रभात।", "hi-IN-SwaraNeural", 16000); });
+        first.join();
+        second.join();
+        // The engine's flutter never repeats exactly; mixed-up voices would differ by far more.
+        const auto alike = [](const Samples &x, const Samples &y) {
+            return std::abs(static_cast<double>(x.size()) / static_cast<double>(y.size()) - 1) < 0.03 &&
+                   std::abs(rms(x) / rms(y) - 1) < 0.1;
+        };
+        QVERIFY(alike(a, english));
+        QVERIFY(alike(b, hindi));
+    }
+};
+
+QTEST_APPLESS_MAIN(VoiceBankTest)
+#include "tst_voicebank.moc"
