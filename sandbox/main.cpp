@@ -1,0 +1,66 @@
+#include <boost/json/object.hpp>
+#include <boost/json/serialize.hpp>
+
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "sandbox/Options.h"
+#include "sandbox/server/Server.h"
+
+namespace {
+
+std::string readyLine(const sandbox::Server::Listening &listening)
+{
+    const boost::json::object line{
+        {"tls", listening.tlsPort},
+        {"proxy", listening.proxyPort},
+        {"control", listening.controlPort},
+        {"ca", listening.authorityFile.string()},
+        {"pid", getpid()},
+    };
+    return boost::json::serialize(line);
+}
+
+int serve(const sandbox::Options &options)
+{
+    sandbox::Server server(options.server);
+    const auto listening = server.listen();
+    server.stopOnSignals();
+    if (options.stopWithStandardInput)
+        server.stopWithStandardInput();
+    std::cout << readyLine(listening) << std::endl;
+    server.run();
+    return EXIT_SUCCESS;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    std::signal(SIGPIPE, SIG_IGN); // a reader of the output that goes away does not end the server
+    try {
+        const auto options = sandbox::Options::parse({argv + 1, argv + argc});
+        if (options.help) {
+            std::cout << sandbox::usage();
+            return EXIT_SUCCESS;
+        }
+        if (options.version) {
+            std::cout << "confera-sandbox " SANDBOX_VERSION "\n";
+            return EXIT_SUCCESS;
+        }
+        return serve(options);
+    } catch (const std::invalid_argument &error) {
+        std::cerr << "confera-sandbox: " << error.what() << " (--help lists the options)\n";
+        return 2;
+    } catch (const std::exception &error) {
+        std::cerr << "confera-sandbox: " << error.what() << '\n';
+        return EXIT_FAILURE;
+    }
+}
