@@ -117,13 +117,14 @@ private:
         LabelState *label;
         ButtonState *textToSpeachButton;
         LabelState *languageLabel;
+        ViewState *languageBackView;
     };
     [[nodiscard]] Half half(Side side) const;
     [[nodiscard]] SideState state(Side side) const;
     [[nodiscard]] bool showsPrompt(Side side) const;
 
     void toggleMicrophone(Side side);
-    void handleResult(const QString &text, Side side);
+    void handleResult(const QString &text, Side side, std::uint64_t listening);
     void handleRecognisedText(const QString &text, Side side);
     void handleTranslation(const tl::expected<QString, TranslationError> &translation, Side from);
     void applyListeningState(bool active, Side side);
@@ -140,7 +141,9 @@ private:
     const std::shared_ptr<TextToSpeachViewModel> m_textToSpeachViewModel;
     TextToTextViewModel m_textToTextViewModel;
     std::unique_ptr<LanguageSelectionView> m_languageSelectionView;
-    std::uint64_t m_lastTranslation = 0;
+    std::uint64_t m_listening = 0; ///< The number of the latest listening.
+    bool m_listeningHasResult = false;
+    std::uint64_t m_translation = 0;   ///< The number of the latest translation.
     std::unique_ptr<Timer> m_busyLook; ///< Running while both sides look busy.
     Lifetime m_lifetime;
 };
