@@ -46,7 +46,7 @@ public:
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override
     {
         const auto number = static_cast<std::size_t>(role - firstRole);
-        if (!checkIndex(index, CheckIndexOption::IndexIsValid) || role < firstRole || number >= m_roles.size())
+        if (!index.isValid() || index.row() >= rowCount() || role < firstRole || number >= m_roles.size())
             return {};
         return m_roles[number].value(m_rows[static_cast<std::size_t>(index.row())]);
     }

@@ -19,8 +19,8 @@ namespace {
 
 using TransitionStyle = ViewController::ModalTransitionStyle;
 
-/// The place of one screen: its view lies in it, and it takes every touch that the view leaves, so that nothing reaches
-/// what is covered. It moves between `presence` 0 (out of sight) and 1 (in place).
+/// The place of one screen, with its view. It takes every touch that the view leaves, so that none reaches what lies
+/// below the screens, and it moves between `presence` 0 (out of sight) and 1 (in place).
 class Stage final : public QQuickItem {
 public:
     Stage(std::shared_ptr<ViewController> controller, QQuickItem &host)
@@ -84,6 +84,17 @@ public:
         m_movement.start();
     }
 
+    /// A covered screen is out of reach. Accepting events above it would not do: pointer handlers get those too.
+    void setCovered(bool covered)
+    {
+        m_covered = covered;
+        setClip(covered); // What clips its children and does not contain the point is not searched any further.
+    }
+    [[nodiscard]] bool contains(const QPointF &point) const override
+    {
+        return !m_covered && QQuickItem::contains(point);
+    }
+
     void place(double presence)
     {
         m_presence = presence;
@@ -113,6 +124,7 @@ private:
     std::shared_ptr<ViewController> m_controller;
     const TransitionStyle m_style;
     double m_presence = 0;
+    bool m_covered = false;
     QVariantAnimation m_movement;
     std::function<void()> m_arrived;
 };
@@ -159,7 +171,7 @@ struct ScreenHost::Screens {
             Stage *const stage = shown.back();
             shown.pop_back();
             stage->controller()->disconnect(stage);
-            stage->setEnabled(false);
+            stage->setCovered(true);
             leaving.push_back(stage);
             stage->move(0, shown.size() == first ? stage->controller()->transition() : Animated::No,
                         [this, stage] { remove(stage); });
@@ -180,6 +192,7 @@ struct ScreenHost::Screens {
         bool covered = false;
         for (auto stage = shown.rbegin(); stage != shown.rend(); ++stage) {
             (*stage)->setVisible(!covered);
+            (*stage)->setCovered(stage != shown.rbegin());
             covered = covered || ((*stage)->controller()->modalPresentationStyle ==
                                       ViewController::ModalPresentationStyle::FullScreen &&
                                   !(*stage)->isMoving());
@@ -222,7 +235,9 @@ ScreenHost::ScreenHost(QQmlEngine &engine, ScreenWindow &window, QQuickItem *par
 
 ScreenHost::~ScreenHost()
 {
-    m_screens->shown.clear(); // Focus that moves about in the following finds nothing to keep.
+    // Deleting items moves the focus and changes windows; there is nothing left to keep in order.
+    QObject::disconnect(m_screens->focusChanged);
+    QObject::disconnect(this, nullptr, this, nullptr);
     qDeleteAll(childItems());
 }
 

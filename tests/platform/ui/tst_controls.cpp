@@ -1,0 +1,141 @@
+#include "platform/ui/ButtonState.h"
+#include "platform/ui/Color.h"
+#include "platform/ui/LabelState.h"
+#include "platform/ui/ResourceBundle.h"
+#include "platform/ui/RowModel.h"
+#include "platform/ui/SpringCurve.h"
+
+#include <QAbstractItemModelTester>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace vynlex;
+using namespace Qt::StringLiterals;
+
+class tst_controls : public QObject {
+    Q_OBJECT
+
+private slots:
+    void aButtonShowsTheImageOfItsState()
+    {
+        ButtonState button;
+        QSignalSpy changed(&button, &ButtonState::currentImageChanged);
+        QVERIFY(button.currentImage().isEmpty());
+
+        button.setImage(QUrl(u"qrc:/play"_s), ButtonState::Appearance::Normal);
+        QCOMPARE(button.currentImage(), QUrl(u"qrc:/play"_s));
+        QCOMPARE(changed.count(), 1);
+
+        button.setSelected(true); // without an image of its own a selected button keeps the normal one
+        QCOMPARE(button.currentImage(), QUrl(u"qrc:/play"_s));
+        QCOMPARE(changed.count(), 1);
+
+        button.setImage(QUrl(u"qrc:/pause"_s), ButtonState::Appearance::Selected);
+        QCOMPARE(button.currentImage(), QUrl(u"qrc:/pause"_s));
+        button.setSelected(false);
+        QCOMPARE(button.currentImage(), QUrl(u"qrc:/play"_s));
+        QCOMPARE(changed.count(), 3);
+    }
+
+    void aViewIsToldOfChangesOnly()
+    {
+        LabelState label;
+        QSignalSpy changed(&label, &LabelState::textChanged);
+        label.setText(u"નમસ્તે"_s);
+        label.setText(u"નમસ્તે"_s);
+        QCOMPARE(changed.count(), 1);
+    }
+
+    void colorsAreReadFromHexadecimalText_data()
+    {
+        QTest::addColumn<QString>("hex");
+        QTest::addColumn<QColor>("color");
+        QTest::newRow("plain") << u"0F3CC9"_s << QColor(0x0F, 0x3C, 0xC9);
+        QTest::newRow("with a number sign") << u"#9EB5FA"_s << QColor(0x9E, 0xB5, 0xFA);
+        QTest::newRow("lower case") << u"f2f5ff"_s << QColor(0xF2, 0xF5, 0xFF);
+        QTest::newRow("empty") << u""_s << QColor();
+        QTest::newRow("too short") << u"#B5B5B"_s << QColor();
+        QTest::newRow("with alpha") << u"#FFB5B5B5"_s << QColor();
+        QTest::newRow("sign in the number") << u"+12345"_s << QColor();
+        QTest::newRow("a colour's name") << u"yellow"_s << QColor();
+    }
+    void colorsAreReadFromHexadecimalText()
+    {
+        QFETCH(QString, hex);
+        QFETCH(QColor, color);
+        QCOMPARE(colorFromHex(hex), color);
+    }
+
+    void imagesComeFromTheKitsOwnBundle_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("there");
+        QTest::newRow("an image") << u"micStopButton"_s << true;
+        QTest::newRow("another case") << u"radioButton_Selected"_s << true;
+        QTest::newRow("lacking") << u"noSuchImage"_s << false;
+        QTest::newRow("empty") << u""_s << false;
+        QTest::newRow("outside the images") << u"../../qt-project.org/imports/QtQuick/qmldir"_s << false;
+    }
+    void imagesComeFromTheKitsOwnBundle()
+    {
+        QFETCH(QString, name);
+        QFETCH(bool, there);
+        const QUrl image = ResourceBundle::image(name);
+        QCOMPARE(!image.isEmpty(), there);
+        if (there)
+            QVERIFY(QFile::exists(u':' + image.path()));
+    }
+
+    void aReloadKeepsTheCellsOfAListOfTheSameLength()
+    {
+        struct Row {
+            QString name;
+            bool marked = false;
+            bool operator==(const Row &) const = default;
+        };
+        RowModel<Row> model(
+            {{"name", [](const Row &row) { return row.name; }}, {"marked", [](const Row &row) { return row.marked; }}});
+        const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
+        QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
+
+        model.setRows({{u"one"_s, true}, {u"two"_s}, {u"three"_s}});
+        QCOMPARE(reset.count(), 1);
+        model.setRows({{u"one"_s}, {u"two"_s}, {u"three"_s, true}});
+        QCOMPARE(reset.count(), 1);
+        QCOMPARE(changed.count(), 2);
+        QCOMPARE(changed.at(1).at(0).toModelIndex().row(), 2);
+
+        const int marked = model.roleNames().key("marked");
+        QCOMPARE(model.data(model.index(2), marked), true);
+        QVERIFY(!model.data(model.index(2), marked + 1).isValid());
+        QVERIFY(!model.data({}, marked).isValid());
+
+        model.setRows({});
+        QCOMPARE(reset.count(), 2);
+        QCOMPARE(model.rowCount(), 0);
+    }
+
+    void theSpringOvershootsAndSettles()
+    {
+        QCOMPARE(spring::position(0), 0.0);
+        QCOMPARE(spring::position(1), 1.0);
+        double highest = 0;
+        double before = 0;
+        double largestStep = 0;
+        for (int frame = 1; frame <= 100; ++frame) {
+            const double position = spring::position(frame / 100.0);
+            highest = std::max(highest, position);
+            largestStep = std::max(largestStep, std::abs(position - before));
+            before = position;
+        }
+        // A ratio of 0.7 goes about 4.6 % too far, and no frame jumps, the last one included.
+        QVERIFY2(highest > 1.03 && highest < 1.06, qPrintable(QString::number(highest)));
+        QVERIFY2(largestStep < 0.06, qPrintable(QString::number(largestStep)));
+        QCOMPARE(spring::curve().valueForProgress(0.3), spring::position(0.3));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_controls)
+#include "tst_controls.moc"
