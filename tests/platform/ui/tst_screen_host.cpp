@@ -47,6 +47,7 @@ import QtQuick
 Item {
     id: root
     required property QtObject controller
+    required property QtObject window
     objectName: controller.name
     Rectangle {
         objectName: "button"
