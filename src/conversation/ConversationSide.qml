@@ -59,9 +59,9 @@ Rectangle {
     SpeechText {
         id: speech
 
-        x: root.inset
-        y: chip.y + chip.height + Theme.gapSmall
-        width: (root.low ? mic.x - Theme.gapLarge : root.width - root.inset) - speech.x
+        x: root.low ? chip.x + chip.width + Theme.gapLarge : root.inset
+        y: root.low ? root.inset : chip.y + chip.height + Theme.gapSmall
+        width: (root.low ? readAloud.x - Theme.gapLarge : root.width - root.inset) - speech.x
         height: (root.low ? root.height - root.inset : mic.y - Theme.gapSmall) - speech.y
         visible: !root.listening && !dots.visible
         text: root.text
@@ -90,9 +90,8 @@ Rectangle {
     }
 
     BusyDots {
-        anchors.right: readAloud.left
-        anchors.rightMargin: Theme.gap
-        anchors.verticalCenter: readAloud.verticalCenter
+        x: root.low ? chip.x + Theme.gapLarge : readAloud.x - width - Theme.gap
+        y: (root.low ? root.height - root.inset - 22 : readAloud.y + readAloud.height / 2) - height / 2
         visible: root.busy && !dots.visible
         running: root.busy
         dot: 8
@@ -100,9 +99,8 @@ Rectangle {
     }
 
     SoundWave {
-        anchors.right: readAloud.left
-        anchors.rightMargin: Theme.gap
-        anchors.verticalCenter: readAloud.verticalCenter
+        x: root.low ? chip.x + Theme.gapLarge : readAloud.x - width - Theme.gap
+        y: (root.low ? root.height - root.inset - 22 : readAloud.y + readAloud.height / 2) - height / 2
         visible: root.speaking
         running: root.speaking
         barWidth: 4

@@ -185,5 +185,9 @@ FocusScope {
                 onPressed: root.controller.didSelectRow(index) // qmllint disable unqualified
             }
         }
+        ScrollMark {
+            x: sheet.width - Theme.gapSmall
+            flickable: options
+        }
     }
 }

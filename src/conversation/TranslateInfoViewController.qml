@@ -97,6 +97,11 @@ Rectangle {
         }
     }
 
+    ScrollMark {
+        x: root.width - root.window.safeAreaRight - Theme.gapSmall
+        flickable: scroll
+    }
+
     RoundButton {
         id: close
 

@@ -1,5 +1,7 @@
 #include "platform/ui/KitFont.h"
 
+#include <QFontMetricsF>
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -65,6 +67,22 @@ QFont KitFont::fitting(const QString &text, qreal size, int weight) const
     font.setPixelSize(std::max(1, qRound(size * m_scale)));
     font.setWeight(static_cast<QFont::Weight>(weight));
     return font;
+}
+
+int KitFont::largestFitting(const QString &text, qreal width, qreal height, int smallest, int largest, int weight) const
+{
+    const auto fits = [&](int size) {
+        const QFontMetricsF metrics(fitting(text, size, weight));
+        const QRectF taken = metrics.boundingRect(QRectF(0, 0, width, height), Qt::TextWordWrap, text);
+        return taken.width() <= width && taken.height() <= height;
+    };
+    // Sizes below `fitted` fit, sizes from `tooLarge` on do not; the smallest is taken as it is.
+    int fitted = smallest;
+    for (int tooLarge = largest + 1; tooLarge - fitted > 1;) {
+        const int size = (fitted + tooLarge) / 2;
+        (fits(size) ? fitted : tooLarge) = size;
+    }
+    return fitted;
 }
 
 } // namespace vynlex

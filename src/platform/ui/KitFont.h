@@ -30,6 +30,11 @@ public:
     /// points before scaling, `weight` a QFont::Weight.
     [[nodiscard]] Q_INVOKABLE QFont fitting(const QString &text, qreal size, int weight = QFont::Normal) const;
 
+    /// The largest whole size from `smallest` to `largest`, in points before scaling, at which `text`, wrapped at
+    /// words, has room in `width` by `height` points; `smallest` when there is none.
+    [[nodiscard]] Q_INVOKABLE int largestFitting(const QString &text, qreal width, qreal height, int smallest,
+                                                 int largest, int weight = QFont::Normal) const;
+
 signals:
     void scaleChanged();
 

@@ -32,11 +32,11 @@ Tappable {
             anchors.right: arrow.left
             anchors.rightMargin: Theme.gapTiny
             anchors.verticalCenter: parent.verticalCenter
+            font: Theme.font(root.language, Theme.body + 1, Font.DemiBold)
             text: root.language
             textFormat: Text.PlainText
             elide: Text.ElideRight
             color: Theme.primary
-            font: Theme.font(root.language, Theme.body + 1, Font.DemiBold)
             Accessible.ignored: true
         }
         Picture {

@@ -11,11 +11,8 @@ FocusScope {
     property color ground: Theme.surface
     readonly property bool scrolls: label.implicitHeight > root.height
 
-    /// Room that one character takes at size 1: its width times the height of its line, with what wrapping leaves empty.
-    readonly property real roomPerCharacter: 0.95
-    readonly property real fittingSize: Math.sqrt(root.width * root.height / (root.roomPerCharacter * Math.max(1, root.text.length)))
-    readonly property int largest: root.prompt ? Theme.promptLargest : Theme.speechLargest
-    readonly property real size: Math.max(Theme.speechSmallest, Math.min(root.largest, Math.floor(root.fittingSize / Theme.fontScale)))
+    readonly property int weight: root.prompt ? Font.Normal : Font.Medium
+    readonly property int size: Theme.fittingSize(root.text, label.width, root.height, root.prompt ? Theme.promptSmallest : Theme.speechSmallest, root.prompt ? Theme.promptLargest : Theme.speechLargest, root.weight)
 
     onTextChanged: flickable.contentY = 0
 
@@ -40,13 +37,13 @@ FocusScope {
             x: (root.width - label.width) / 2
             width: Math.min(root.width, Theme.readableWidth)
             height: Math.max(root.height, label.implicitHeight)
+            font: Theme.font(root.text, root.size, root.weight)
             text: root.text
             textFormat: Text.PlainText
             wrapMode: Text.Wrap
             horizontalAlignment: Text.AlignHCenter
             verticalAlignment: Text.AlignVCenter
             color: root.tint
-            font: Theme.font(root.text, root.size, root.prompt ? Font.Normal : Font.Medium)
             Accessible.role: Accessible.StaticText
             Accessible.name: root.text
         }
@@ -85,14 +82,9 @@ FocusScope {
             }
         }
     }
-    Rectangle {
-        x: root.width - width
-        y: flickable.visibleArea.yPosition * root.height
-        width: 4
-        height: flickable.visibleArea.heightRatio * root.height
-        radius: 2
-        color: Theme.primarySoft
-        visible: root.scrolls
+    ScrollMark {
+        x: root.width + Theme.gapTiny
+        flickable: flickable
     }
     FocusRing {
         anchors.margins: 0

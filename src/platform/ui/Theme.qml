@@ -29,9 +29,11 @@ QtObject {
     readonly property int body: 16
     readonly property int title: 20
     readonly property int headline: 26
-    readonly property int speechSmallest: 22
+    /// Readable from 60 cm. A reader who asks for larger type gets it, but not so much that every text has to scroll.
+    readonly property int speechSmallest: Math.round(20 / Math.sqrt(root.fontScale))
     readonly property int speechLargest: 40
-    readonly property int promptLargest: 30
+    readonly property int promptSmallest: 14
+    readonly property int promptLargest: 28
 
     readonly property real fontScale: KitFont.scale
 
@@ -68,5 +70,10 @@ QtObject {
     function font(text: string, size: real, weight: int): font {
         // Reading the scale makes every binding follow it.
         return root.fontScale > 0 ? KitFont.fitting(text, size, weight) : undefined;
+    }
+
+    /// The largest size at which `text` has room; `smallest` when there is none.
+    function fittingSize(text: string, width: real, height: real, smallest: int, largest: int, weight: int): int {
+        return root.fontScale > 0 ? KitFont.largestFitting(text, width, height, smallest, largest, weight) : smallest;
     }
 }
