@@ -14,6 +14,9 @@ function(vynlex_add_views target)
         IMPORT_PATH ${CMAKE_BINARY_DIR}/qml
         DEPENDENCIES QtQuick ${ARG_DEPENDS}
         QML_FILES ${ARG_SINGLETONS} ${ARG_VIEWS})
+    list(TRANSFORM ARG_SINGLETONS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+    list(TRANSFORM ARG_VIEWS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+    set_property(GLOBAL APPEND PROPERTY VYNLEX_VIEWS ${ARG_SINGLETONS} ${ARG_VIEWS})
     # Views are a screenful each: bytecode loads as fast as compiled bindings, builds three times as fast and is a fifth of the size.
     set_target_properties(${target} PROPERTIES QT_QMLCACHEGEN_ARGUMENTS "--only-bytecode")
     # The module registers itself from a static initialiser that nothing names; without this the linker leaves it in the archive.

@@ -1,0 +1,190 @@
+#include "tests/views/ViewProbe.h"
+
+#include <QAccessible>
+#include <QPointingDevice>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTest>
+
+#include <algorithm>
+#include <functional>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace vynlex {
+namespace {
+
+constexpr qreal smallestTouch = 44;
+constexpr qreal rounding = 1;
+
+void visit(QQuickItem &item, const std::function<void(QQuickItem &)> &visitor)
+{
+    if (!item.isVisible() || qFuzzyIsNull(item.opacity()))
+        return;
+    visitor(item);
+    for (QQuickItem *child : item.childItems())
+        visit(*child, visitor);
+}
+
+QAccessibleInterface *accessible(QQuickItem &item)
+{
+    return QAccessible::queryAccessibleInterface(&item);
+}
+
+QString accessibleName(QQuickItem &item)
+{
+    auto *const face = accessible(item);
+    return face ? face->text(QAccessible::Name) : QString();
+}
+
+bool isControl(QQuickItem &item)
+{
+    auto *const face = accessible(item);
+    return face && (face->role() == QAccessible::Button || face->role() == QAccessible::RadioButton);
+}
+
+bool isText(const QQuickItem &item)
+{
+    return item.inherits("QQuickText") && !item.property("text").toString().isEmpty();
+}
+
+QQuickItem *scrollingParent(const QQuickItem &item)
+{
+    for (QQuickItem *parent = item.parentItem(); parent; parent = parent->parentItem()) {
+        if (parent->inherits("QQuickFlickable"))
+            return parent;
+    }
+    return nullptr;
+}
+
+QRectF inWindow(const QQuickItem &item, const QRectF &rect)
+{
+    return item.mapRectToScene(rect);
+}
+
+/// Where a text's ink lies, as far as scrolling lets it be seen.
+QRectF ink(const QQuickItem &text)
+{
+    const QSizeF content(text.property("contentWidth").toReal(), text.property("contentHeight").toReal());
+    const auto placed = [](int alignment, qreal room, qreal taken) {
+        if (alignment & (Qt::AlignHCenter | Qt::AlignVCenter))
+            return (room - taken) / 2;
+        return alignment & (Qt::AlignRight | Qt::AlignBottom) ? room - taken : 0.0;
+    };
+    const QPointF corner(placed(text.property("horizontalAlignment").toInt(), text.width(), content.width()),
+                         placed(text.property("verticalAlignment").toInt(), text.height(), content.height()));
+    const QRectF all = inWindow(text, {corner, content});
+    const QQuickItem *const scrolling = scrollingParent(text);
+    return scrolling ? all & inWindow(*scrolling, scrolling->boundingRect()) : all;
+}
+
+bool within(const QQuickItem &item, const QQuickItem &ancestor)
+{
+    return &item == &ancestor || ancestor.isAncestorOf(&item);
+}
+
+bool overlap(const QRectF &a, const QRectF &b)
+{
+    return a.adjusted(rounding, rounding, -rounding, -rounding).intersects(b);
+}
+
+} // namespace
+
+QQuickItem *ViewProbe::named(const QString &name) const
+{
+    QQuickItem *found = nullptr;
+    visit(*m_window.contentItem(), [&](QQuickItem &item) {
+        if (!found && accessibleName(item) == name)
+            found = &item;
+    });
+    return found;
+}
+
+QQuickItem *ViewProbe::showing(const QString &text) const
+{
+    QQuickItem *found = nullptr;
+    visit(*m_window.contentItem(), [&](QQuickItem &item) {
+        if (isText(item) && item.property("text").toString() == text)
+            found = &item;
+    });
+    return found;
+}
+
+QStringList ViewProbe::controlNames() const
+{
+    QStringList names;
+    visit(*m_window.contentItem(), [&](QQuickItem &item) {
+        if (isControl(item) && item.isEnabled())
+            names.append(accessibleName(item));
+    });
+    return names;
+}
+
+void ViewProbe::click(QQuickItem &item) const
+{
+    QTest::mouseClick(&m_window, Qt::LeftButton, {}, item.mapToScene(item.boundingRect().center()).toPoint());
+}
+
+void ViewProbe::tap(QQuickItem &item) const
+{
+    static auto *const finger = QTest::createTouchDevice();
+    const QPoint place = item.mapToScene(item.boundingRect().center()).toPoint();
+    QTest::touchEvent(&m_window, finger).press(0, place, &m_window);
+    QTest::touchEvent(&m_window, finger).release(0, place, &m_window);
+}
+
+void ViewProbe::pressByAssistiveTool(QQuickItem &item) const
+{
+    accessible(item)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+}
+
+QStringList ViewProbe::faults() const
+{
+    std::vector<QQuickItem *> controls;
+    std::vector<QQuickItem *> texts;
+    visit(*m_window.contentItem(), [&](QQuickItem &item) {
+        if (isControl(item) && item.isEnabled())
+            controls.push_back(&item);
+        if (isText(item) && item.isEnabled())
+            texts.push_back(&item);
+    });
+
+    const QRectF window(QPointF(), m_window.size());
+    QStringList faults;
+    for (std::size_t index = 0; index < controls.size(); ++index) {
+        QQuickItem &control = *controls[index];
+        const QString name = accessibleName(control);
+        const QRectF place = inWindow(control, control.boundingRect());
+        if (name.isEmpty())
+            faults.append(u"a control has no name: "_s + QString::fromLatin1(control.metaObject()->className()));
+        if (control.width() < smallestTouch || control.height() < smallestTouch)
+            faults.append(u"too small to touch: %1"_s.arg(name));
+        if (!control.activeFocusOnTab())
+            faults.append(u"out of the keyboard's reach: %1"_s.arg(name));
+        if (!accessible(control)->actionInterface()->actionNames().contains(QAccessibleActionInterface::pressAction()))
+            faults.append(u"not to be pressed by an assistive tool: %1"_s.arg(name));
+        if (!scrollingParent(control) && !window.contains(place))
+            faults.append(u"outside the window: %1"_s.arg(name));
+        for (std::size_t other = index + 1; other < controls.size(); ++other) {
+            if (overlap(place, inWindow(*controls[other], controls[other]->boundingRect())))
+                faults.append(u"one over the other: %1, %2"_s.arg(name, accessibleName(*controls[other])));
+        }
+    }
+    for (const QQuickItem *const text : texts) {
+        const QString words = text->property("text").toString();
+        const bool wide = text->property("contentWidth").toReal() > text->width() + rounding;
+        const bool high = text->property("contentHeight").toReal() > text->height() + rounding;
+        if (text->property("truncated").toBool() || wide || high)
+            faults.append(u"cut off: %1"_s.arg(words));
+        if (!scrollingParent(*text) && !window.contains(ink(*text)))
+            faults.append(u"outside the window: %1"_s.arg(words));
+        for (QQuickItem *const control : controls) {
+            if (!within(*text, *control) && overlap(ink(*text), inWindow(*control, control->boundingRect())))
+                faults.append(u"under %1: %2"_s.arg(accessibleName(*control), words));
+        }
+    }
+    return faults;
+}
+
+} // namespace vynlex

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QRectF>
+#include <QString>
+#include <QStringList>
+
+class QQuickItem;
+class QQuickWindow;
+
+namespace vynlex {
+
+/// Looks at a window as its users do: finds controls by the name that an assistive tool reads out, presses them, and
+/// tells what is wrong with what can be seen.
+class ViewProbe {
+public:
+    explicit ViewProbe(QQuickWindow &window)
+        : m_window(window)
+    {
+    }
+
+    /// The visible item with this accessible name, or null.
+    [[nodiscard]] QQuickItem *named(const QString &name) const;
+    /// The visible item that shows this text, or null.
+    [[nodiscard]] QQuickItem *showing(const QString &text) const;
+    /// The names of all visible controls that can be pressed, in the order of the keyboard.
+    [[nodiscard]] QStringList controlNames() const;
+
+    void click(QQuickItem &item) const;
+    void tap(QQuickItem &item) const;
+    void pressByAssistiveTool(QQuickItem &item) const;
+
+    /// A sentence for each fault: a control without a name, smaller than 44 points, out of reach of keyboard or
+    /// assistive tool, outside the window, or over another; a text that is cut off or lies under a control.
+    [[nodiscard]] QStringList faults() const;
+
+private:
+    QQuickWindow &m_window;
+};
+
+} // namespace vynlex
