@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+#include <QUrl>
+
+#include <vector>
+
+#include "platform/net/WebSocketClient.h"
+
+namespace vynlex {
+
+/// Where the speech service lives. A region whose name starts with `regionPrefix` (in any case) has hosts that end in
+/// `suffix`; the first rule that fits counts, so the one with the empty prefix comes last.
+struct SpeechHostRule {
+    QString regionPrefix;
+    QString suffix;
+};
+using SpeechHostTable = std::vector<SpeechHostRule>;
+
+/// The public cloud and the two national ones.
+const SpeechHostTable &publicSpeechHosts();
+
+/// The dictation path turns spoken punctuation into signs; it is the service's decision by path.
+enum class RecognitionMode { Conversation, Dictation };
+
+QUrl recognitionUrl(const SpeechHostTable &hosts, const QString &region, const QString &language, RecognitionMode mode);
+QUrl synthesisUrl(const SpeechHostTable &hosts, const QString &region);
+
+/// The key travels in a header and nowhere else: addresses end up in logs and error texts.
+WebSocketRequest speechRequest(const QUrl &url, const QString &key, const QByteArray &connectionId);
+
+/// False for a key that no HTTP header can carry; the service could only refuse it.
+bool isSendableKey(const QString &key);
+
+} // namespace vynlex
