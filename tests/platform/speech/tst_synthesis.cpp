@@ -1,0 +1,408 @@
+#include <QtTest>
+
+#include <future>
+#include <thread>
+
+#include "platform/speech/CloudSpeechService.h"
+#include "tests/fakes/FakeAudio.h"
+#include "tests/fakes/FakeSocketWorker.h"
+#include "tests/platform/speech/WireMessage.h"
+
+using namespace std::chrono_literals;
+using namespace vynlex;
+using Code = CancellationErrorCode;
+using Outcome = tl::expected<SpeechSynthesisResult, QString>;
+
+namespace {
+
+constexpr auto key = "0123456789abcdef0123456789abcdef";
+
+/// A synthesiser with a scripted service at one end and a fake loudspeaker at the other. The test's thread is the
+/// socket worker; `speakText` blocks another.
+struct World {
+    std::shared_ptr<FakeSocketWorker> worker = std::make_shared<FakeSocketWorker>();
+    FakeAudio audio;
+    CloudSpeechService service{worker, [this] { return audio.makePlayer(); }};
+    SpeechConfig config = SpeechConfig::fromSubscription(key, "westeurope").value();
+    std::shared_ptr<SpeechSynthesizer> synthesizer = service.makeSynthesizer(config).value();
+    std::vector<SpeechSynthesisResult> completed;
+    std::future<Outcome> outcome;
+
+    World()
+    {
+        config.setSpeechSynthesisVoiceName("de-DE-KatjaNeural");
+        synthesizer->synthesisCompleted = [this](const auto &result) { completed.push_back(result); };
+    }
+    ~World()
+    {
+        if (synthesizer)
+            synthesizer->stopSpeaking();
+        if (outcome.valid())
+            outcome.wait();
+        worker->run();
+    }
+
+    void begin(const QString &text = "Guten Tag")
+    {
+        outcome = std::async(std::launch::async, [speaker = synthesizer, text] { return speaker->speakText(text); });
+        awaitConnection();
+    }
+    void awaitConnection()
+    {
+        for (const int before = worker->socketCount(); worker->socketCount() == before && !isOver();) {
+            std::this_thread::yield();
+            worker->run();
+        }
+    }
+    void beginConnected(const QString &text = "Guten Tag")
+    {
+        begin(text);
+        deliver(websocket::Connected{});
+    }
+
+    FakeSocket link() const { return worker->lastSocket(); }
+    FakePlayback sound() const { return audio.lastPlayback(); }
+    void deliver(const WebSocketEvent &event)
+    {
+        vynlex::deliver(link(), event);
+        worker->run();
+    }
+    void say(const char *path, const QByteArray &body = "{}")
+    {
+        deliver(websocket::Text{serviceText(path, requestId(), body)});
+    }
+    void send(const QByteArray &pcm) { deliver(websocket::Binary{serviceAudio(requestId(), pcm)}); }
+    QByteArray requestId() const { return readWire(link().sent().back()).requestId; }
+
+    bool isOver() const { return outcome.wait_for(0s) == std::future_status::ready; }
+    Outcome result()
+    {
+        auto value = outcome.get();
+        worker->run();
+        return value;
+    }
+};
+
+websocket::Error failed(WebSocketError::Kind kind, int status = 0)
+{
+    return {{kind, status, "message"}};
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(vynlex::WebSocketEvent)
+
+class TestSynthesis : public QObject {
+    Q_OBJECT
+
+private slots:
+    void aWholeConversation()
+    {
+        World world;
+        world.begin("Tom & Jerry");
+        const WebSocketRequest request = world.link().request();
+        QCOMPARE(request.url, QUrl("wss://westeurope.tts.speech.microsoft.com/cognitiveservices/websocket/v1"));
+        QCOMPARE(request.headers.at(0), std::pair(QByteArray("Ocp-Apim-Subscription-Key"), QByteArray(key)));
+        QCOMPARE(request.headers.at(1).first, "X-ConnectionId");
+        world.deliver(websocket::Connected{});
+
+        std::vector<WireMessage> sent;
+        for (const auto &message : world.link().sent())
+            sent.push_back(readWire(message));
+        QCOMPARE(sent.size(), 3U);
+        for (const auto &message : sent) {
+            QCOMPARE(message.error, "");
+            QCOMPARE(message.requestId, sent[0].requestId);
+        }
+        QCOMPARE(sent[0].path, "speech.config");
+        QCOMPARE(sent[1].path, "synthesis.context");
+        const QJsonObject audio = sent[1].json()["synthesis"].toObject()["audio"].toObject();
+        QCOMPARE(audio["outputFormat"], "raw-24khz-16bit-mono-pcm");
+        QVERIFY(audio["metadataOptions"].isObject());
+        QCOMPARE(sent[2].path, "ssml");
+        QCOMPARE(sent[2].contentType, "application/ssml+xml");
+        QCOMPARE(sent[2].body, "<speak version='1.0' xmlns='http://www.w3.org/2001/10/synthesis' xml:lang='de-DE'>"
+                               "<voice name='de-DE-KatjaNeural'>Tom &amp; Jerry</voice></speak>");
+
+        world.say("turn.start", "{\r\n  \"context\": {\r\n    \"serviceTag\": \"e34f\"\r\n  }\r\n}");
+        world.say("response", R"({"audio":{"type":"inline","streamId":"297c"}})");
+        world.say("audio.metadata", R"({"Metadata":[]})");
+        QCOMPARE(world.sound().format(), (AudioFormat{24'000, 1, AudioFormat::SampleType::Int16}));
+        world.send(QByteArray(4800, 'a'));
+        QCOMPARE(world.sound().pcm().size(), 4800);           // Heard before the rest is there.
+        world.send(QByteArray("Path:audio\r\n\r\n!!") + "x"); // Odd: half a sample waits for the rest.
+        world.send(QByteArray(4783, 'b'));
+        world.send("");
+        QVERIFY(!world.sound().isFinished());
+        world.say("turn.end");
+        QVERIFY(world.sound().isFinished());
+        QCOMPARE(world.sound().pcm(), QByteArray(4800, 'a') + "Path:audio\r\n\r\n!!x" + QByteArray(4783, 'b'));
+        QCOMPARE(world.link().closing()->code, 1000);
+        world.deliver(websocket::Disconnected{});
+        QVERIFY(!world.isOver());
+        QVERIFY(world.completed.empty());
+
+        world.sound().complete();
+        QVERIFY(world.completed.empty()); // Not on the player's thread.
+        world.worker->run();
+        QCOMPARE(world.completed.size(), 1U);
+        const Outcome outcome = world.result();
+        QVERIFY(outcome);
+        QCOMPARE(outcome->reason, ResultReason::SynthesizingAudioCompleted);
+        QCOMPARE(outcome->audioDuration, 200ms);
+        QCOMPARE(world.worker->runningTimers(), 0U);
+    }
+
+    void aFailureCancelsWithTheServicesWords_data()
+    {
+        QTest::addColumn<WebSocketEvent>("event");
+        QTest::addColumn<int>("progress"); // 0 connecting, 1 connected, 2 turn started, 3 some sound
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("text");
+        const auto row = [](const char *name, const WebSocketEvent &event, int progress, Code code,
+                            const QString &text) {
+            QTest::newRow(name) << event << progress << static_cast<int>(code) << text;
+        };
+        using Kind = WebSocketError::Kind;
+        row("wrong key", failed(Kind::UpgradeRefused, 401), 0, Code::AuthenticationFailure,
+            "WebSocket upgrade failed: Authentication error (401). Please check subscription information and region "
+            "name. USP state: Sending. Received audio size: 0 bytes.");
+        row("too many", failed(Kind::UpgradeRefused, 429), 0, Code::TooManyRequests,
+            "WebSocket upgrade failed: Unspecified connection error (429). USP state: Sending. Received audio size: 0 "
+            "bytes.");
+        const QString none = "Connection failed (no connection to the remote host). Internal error: 1. Error details: "
+                             "Failed with error: WS_OPEN_ERROR_UNDERLYING_IO_OPEN_FAILED\n"
+                             "wss://westeurope.tts.speech.microsoft.com/cognitiveservices/websocket/v1\n"
+                             "X-ConnectionId: {id} USP state: Sending. Received audio size: 0 bytes.";
+        row("no host", failed(Kind::HostNotFound), 0, Code::ConnectionFailure, none);
+        row("no upgrade", failed(Kind::Timeout), 0, Code::ServiceTimeout, none);
+        const QString closed = "Connection was closed by the remote host. Error code: ";
+        row("unknown voice", websocket::Disconnected{"Unsupported voice de-DE-KatjaNeural.", 1007}, 2, Code::BadRequest,
+            closed + "1007. Error details: Unsupported voice de-DE-KatjaNeural. USP state: TurnStarted. Received audio "
+                     "size: 0 bytes.");
+        row("closed as if done", websocket::Disconnected{"", 1000}, 3, Code::ConnectionFailure,
+            closed + "1000. Error details:  USP state: ReceivingData. Received audio size: 480 bytes.");
+        row("key echoed", websocket::Disconnected{QString("bad ") + key, 1011}, 1, Code::ConnectionFailure,
+            closed + "1011. Error details: bad *** USP state: Sending. Received audio size: 0 bytes.");
+        row("lost", websocket::PeerClosed{}, 3, Code::ConnectionFailure,
+            "WebSocket operation failed. Internal error: 3. Error details: WS_ERROR_UNDERLYING_IO_ERROR USP state: "
+            "ReceivingData. Received audio size: 480 bytes.");
+    }
+    void aFailureCancelsWithTheServicesWords()
+    {
+        QFETCH(WebSocketEvent, event);
+        QFETCH(int, progress);
+        QFETCH(int, code);
+        QFETCH(QString, text);
+        World world;
+        world.begin();
+        if (progress > 0)
+            world.deliver(websocket::Connected{});
+        if (progress > 1)
+            world.say("turn.start");
+        if (progress > 2)
+            world.send(QByteArray(480, 'a'));
+        world.deliver(event);
+        const Outcome outcome = world.result();
+        QVERIFY(outcome);
+        QCOMPARE(outcome->reason, ResultReason::Canceled);
+        QCOMPARE(outcome->cancellation.reason, CancellationReason::Error);
+        QCOMPARE(outcome->cancellation.errorCode, static_cast<Code>(code));
+        QCOMPARE(outcome->cancellation.errorDetails,
+                 text.replace("{id}", QString::fromLatin1(world.link().request().headers[1].second)));
+        QVERIFY(world.sound().wasStopped());
+        QVERIFY(world.completed.empty());
+        QCOMPARE(world.worker->socketCount(), 1);
+        QCOMPARE(world.worker->runningTimers(), 0U);
+    }
+
+    void aSilentServiceIsGivenUp_data()
+    {
+        QTest::addColumn<int>("progress"); // 0 connected, 1 turn started, 2 some sound
+        QTest::addColumn<QString>("text");
+        const QString first =
+            "USP error: timeout waiting for the first audio chunk USP state: %1. Received audio size: "
+            "0 bytes.";
+        QTest::newRow("no turn.start") << 0 << first.arg("Sending");
+        QTest::newRow("no sound") << 1 << first.arg("TurnStarted");
+        QTest::newRow("no more sound, no turn.end")
+            << 2 << "Timeout while synthesizing. USP state: ReceivingData. Received audio size: 480 bytes.";
+    }
+    void aSilentServiceIsGivenUp()
+    {
+        QFETCH(int, progress);
+        QFETCH(QString, text);
+        World world;
+        world.beginConnected();
+        if (progress > 0) {
+            world.worker->advance(9s);
+            world.say("turn.start");
+        }
+        if (progress > 1) {
+            world.worker->advance(9s);
+            world.send(QByteArray(480, 'a'));
+        }
+        world.worker->advance(9'999ms);
+        QVERIFY(!world.isOver());
+        world.worker->advance(1ms);
+        const Outcome outcome = world.result();
+        QCOMPARE(outcome->cancellation.errorCode, Code::ServiceTimeout);
+        QCOMPARE(outcome->cancellation.errorDetails, text);
+        QVERIFY(!world.link().isAlive());
+    }
+
+    void messagesThatAreNotForTheRequestAreSkipped()
+    {
+        World world;
+        world.beginConnected();
+        const QByteArray other(32, '0');
+        world.deliver(websocket::Text{serviceText("turn.end", other)});
+        world.deliver(websocket::Binary{serviceAudio(other, "abcd")});
+        world.deliver(websocket::Text{"nonsense"});
+        world.deliver(websocket::Text{"Path: turn.end\r\n\r\n"});
+        world.deliver(websocket::Binary{QByteArray::fromHex("ffff00")});
+        world.deliver(websocket::Binary{{}});
+        world.say("speech.phrase", "{");
+        QVERIFY(world.sound().pcm().isEmpty());
+        QVERIFY(!world.isOver());
+        world.send("efgh"); // Sound without turn.start, without response.
+        world.say("turn.end", "");
+        QCOMPARE(world.sound().pcm(), "efgh");
+    }
+
+    void stoppingEndsTheSoundAndDropsWhatComesLater_data()
+    {
+        QTest::addColumn<int>("progress"); // 0 connecting, 1 connected, 2 some sound, 3 all sound
+        QTest::newRow("connecting") << 0;
+        QTest::newRow("waiting") << 1;
+        QTest::newRow("receiving") << 2;
+        QTest::newRow("playing the rest") << 3;
+    }
+    void stoppingEndsTheSoundAndDropsWhatComesLater()
+    {
+        QFETCH(int, progress);
+        World world;
+        world.begin();
+        if (progress > 0)
+            world.deliver(websocket::Connected{});
+        if (progress > 1)
+            world.send("abcd");
+        if (progress > 2)
+            world.say("turn.end");
+
+        QVERIFY(world.synthesizer->stopSpeaking());
+        QVERIFY(world.sound().wasStopped());
+        if (progress == 2) {
+            // The message was on its way; the worker has not heard of the stop yet.
+            world.link().binary(serviceAudio(world.requestId(), "efgh"));
+            world.link().text(serviceText("turn.end", world.requestId()));
+        }
+        const Outcome outcome = world.result();
+        QCOMPARE(outcome->reason, ResultReason::Canceled);
+        QCOMPARE(outcome->cancellation.reason, CancellationReason::CancelledByUser);
+        QCOMPARE(outcome->cancellation.errorCode, Code::NoError);
+        QVERIFY(!world.link().isAlive());
+        QVERIFY(world.completed.empty());
+        QVERIFY(world.synthesizer->stopSpeaking()); // Nothing is being spoken: fine.
+
+        // The next text is spoken.
+        world.beginConnected("Noch einmal");
+        world.say("turn.end");
+        world.sound().complete();
+        world.worker->run();
+        QCOMPARE(world.result()->reason, ResultReason::SynthesizingAudioCompleted);
+    }
+
+    void aLoudspeakerThatDoesNotWorkFailsTheCall()
+    {
+        World world;
+        world.audio.failNextPlayerStart("There is no loudspeaker.");
+        world.begin();
+        const Outcome notStarted = world.result();
+        QVERIFY(!notStarted);
+        QCOMPARE(notStarted.error(), "There is no loudspeaker.");
+        QVERIFY(world.worker->socketCount() == 0);
+
+        world.beginConnected();
+        world.send("abcd");
+        world.say("turn.end");
+        world.sound().takeAway("The loudspeaker was taken away.");
+        world.worker->run();
+        const Outcome takenAway = world.result();
+        QVERIFY(!takenAway);
+        QCOMPARE(takenAway.error(), "The loudspeaker was taken away.");
+        QVERIFY(world.completed.empty());
+
+        CloudSpeechService silent(world.worker, nullptr);
+        QVERIFY(!silent.makeSynthesizer(world.config));
+        CloudSpeechService empty(world.worker, [] { return nullptr; });
+        QVERIFY(!empty.makeSynthesizer(world.config).value()->speakText("x"));
+    }
+
+    void severalTextsAtOnceAreSeveralSounds()
+    {
+        World world;
+        world.beginConnected("one");
+        const auto first = std::move(world.outcome);
+        const FakeSocket firstLink = world.link();
+        const FakePlayback firstSound = world.sound();
+        world.beginConnected("two");
+        world.send("abcd");
+        QVERIFY(firstSound.pcm().isEmpty());
+        QVERIFY(firstLink.request().headers != world.link().request().headers);
+        QVERIFY(world.synthesizer->stopSpeaking());
+        first.wait();
+        QVERIFY(firstSound.wasStopped());
+        QCOMPARE(world.result()->cancellation.reason, CancellationReason::CancelledByUser);
+    }
+
+    void soundWithoutEndIsRefused()
+    {
+        World world;
+        world.beginConnected();
+        const QByteArray halfMinute(24'000 * 2 * 10, 'a');
+        for (int i = 0; i < 60; ++i)
+            world.send(halfMinute);
+        QVERIFY(!world.isOver());
+        world.send("ab");
+        QCOMPARE(world.result()->cancellation.errorCode, Code::ServiceError);
+    }
+
+    void aSynthesiserMayBeDestroyedInItsOwnHandler()
+    {
+        World world;
+        int calls = 0;
+        world.synthesizer->synthesisCompleted = [&, own = std::make_shared<int>(7)](const auto &) {
+            world.synthesizer.reset();
+            calls += *own;
+        };
+        // The thread that speaks holds no reference: the object is gone while its call still blocks.
+        auto *raw = world.synthesizer.get();
+        world.outcome = std::async(std::launch::async, [raw] { return raw->speakText("Guten Tag"); });
+        world.awaitConnection();
+        world.deliver(websocket::Connected{});
+        world.say("turn.end");
+        world.sound().complete();
+        world.worker->run();
+        QCOMPARE(calls, 7);
+        QCOMPARE(world.result()->reason, ResultReason::SynthesizingAudioCompleted);
+    }
+
+    void destroyingASynthesiserReleasesItsCall()
+    {
+        World world;
+        auto *raw = world.synthesizer.get();
+        world.outcome = std::async(std::launch::async, [raw] { return raw->speakText("Guten Tag"); });
+        world.awaitConnection();
+        world.deliver(websocket::Connected{});
+        world.say("turn.end");
+        world.synthesizer.reset();
+        QCOMPARE(world.result()->cancellation.reason, CancellationReason::CancelledByUser);
+        QVERIFY(world.sound().wasStopped());
+        QVERIFY(world.completed.empty());
+        QVERIFY(!world.link().isAlive());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSynthesis)
+#include "tst_synthesis.moc"
