@@ -1,0 +1,130 @@
+#include "Options.h"
+
+#include <QCommandLineParser>
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+using namespace vynlex;
+
+namespace host {
+namespace {
+
+std::optional<LanguageOption> languageNamed(const QString &name)
+{
+    const auto found = std::ranges::find_if(allLanguageOptions, [&](LanguageOption option) {
+        const LanguageEntry &entry = languageEntry(option);
+        const auto names = {entry.displayName, entry.translatorCode, entry.recognitionLocale};
+        return std::ranges::any_of(names,
+                                   [&](const QString &known) { return known.compare(name, Qt::CaseInsensitive) == 0; });
+    });
+    return found == allLanguageOptions.end() ? std::nullopt : std::optional(*found);
+}
+
+tl::expected<RecordedTurn, QString> turnFrom(const QString &text)
+{
+    const qsizetype equals = text.indexOf(u'=');
+    const QString side = text.left(equals).toLower();
+    const QString file = equals < 0 ? QString() : text.mid(equals + 1);
+    if ((side != "speaker"_L1 && side != "listener"_L1) || file.isEmpty())
+        return tl::unexpected(u"--turn wants speaker=FILE.wav or listener=FILE.wav, not \"%1\"."_s.arg(text));
+    return RecordedTurn{side == "speaker"_L1 ? Side::Speaker : Side::Listener, file};
+}
+
+/// Value of the option, or of the environment variable that stands for it.
+QString setting(const QCommandLineParser &parser, const QString &option, const char *variable)
+{
+    return parser.isSet(option) ? parser.value(option) : qEnvironmentVariable(variable);
+}
+
+} // namespace
+
+tl::expected<Options, QString> parseOptions(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        u"A host application with the translation kit in it. Without keys it brings its own "
+        "stand-in for the cloud services."_s);
+    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption version = parser.addVersionOption();
+    parser.addOptions({
+        {u"headless"_s, u"Play a conversation without a window (chosen by itself without a display)."_s},
+        {u"out"_s, u"Headless: where transcript, pictures and sound go (default: out/demo)."_s, u"DIR"_s},
+        {u"turn"_s, u"Headless: what a side says, as speaker=FILE.wav or listener=FILE.wav. Repeatable."_s,
+         u"SIDE=FILE"_s},
+        {u"all-pairs"_s, u"Headless: one turn for each of the 30 pairs of languages."_s},
+        {u"real-time"_s, u"Headless: speak and listen at the speed of sound."_s},
+        {u"speaker"_s, u"Language of the person who holds the device (display name or code)."_s, u"NAME"_s},
+        {u"listener"_s, u"Language of the person opposite (display name or code)."_s, u"NAME"_s},
+        {u"size"_s, u"Size of the phone's screen in points (default 390x844)."_s, u"WxH"_s},
+        {u"font-scale"_s, u"Scale of all text (default 1.0)."_s, u"F"_s},
+        {u"speech-key"_s, u"Key of the real speech service (or VYNLEX_SPEECH_KEY)."_s, u"KEY"_s},
+        {u"speech-region"_s, u"Region of the real services (or VYNLEX_SPEECH_REGION)."_s, u"REGION"_s},
+        {u"translator-key"_s, u"Key of the real translator (or VYNLEX_TRANSLATOR_KEY)."_s, u"KEY"_s},
+        {u"sandbox"_s, u"The confera-sandbox program (default: the one of this build)."_s, u"PROGRAM"_s},
+    });
+    if (!parser.parse(arguments))
+        return tl::unexpected(parser.errorText());
+    if (parser.isSet(help))
+        parser.showHelp();
+    if (parser.isSet(version))
+        parser.showVersion();
+    if (!parser.positionalArguments().isEmpty())
+        return tl::unexpected(u"Nothing is known of \"%1\". Try --help."_s.arg(parser.positionalArguments().first()));
+
+    Options options;
+    options.headless = parser.isSet(u"headless"_s);
+    options.outputFolder = parser.isSet(u"out"_s) ? parser.value(u"out"_s) : u"out/demo"_s;
+    options.allPairs = parser.isSet(u"all-pairs"_s);
+    options.realTime = parser.isSet(u"real-time"_s);
+    options.sandboxProgram = parser.value(u"sandbox"_s);
+
+    for (const QString &text : parser.values(u"turn"_s)) {
+        auto turn = turnFrom(text);
+        if (!turn)
+            return tl::unexpected(turn.error());
+        options.turns.push_back(std::move(*turn));
+    }
+    if (options.allPairs && !options.turns.empty())
+        return tl::unexpected(u"--all-pairs says its own sentences; leave --turn out."_s);
+
+    for (const auto &[name, language] :
+         {std::pair{u"speaker"_s, &options.speaker}, std::pair{u"listener"_s, &options.listener}}) {
+        if (!parser.isSet(name))
+            continue;
+        *language = languageNamed(parser.value(name));
+        if (!*language) {
+            return tl::unexpected(
+                u"\"%1\" is none of the six languages (English, Hindi, Gujarati, Marathi, Bengali, Telugu: "
+                "en hi gu mr bn te)."_s.arg(parser.value(name)));
+        }
+    }
+
+    if (parser.isSet(u"size"_s)) {
+        static const QRegularExpression pattern(u"^(\\d{3,4})x(\\d{3,4})$"_s);
+        const auto match = pattern.match(parser.value(u"size"_s));
+        if (!match.hasMatch())
+            return tl::unexpected(u"--size wants WIDTHxHEIGHT in points, such as 390x844."_s);
+        options.size = {match.captured(1).toInt(), match.captured(2).toInt()};
+    }
+    if (parser.isSet(u"font-scale"_s)) {
+        bool isNumber = false;
+        options.fontScale = parser.value(u"font-scale"_s).toDouble(&isNumber);
+        if (!isNumber || !(options.fontScale >= 0.5 && options.fontScale <= 3))
+            return tl::unexpected(u"--font-scale wants a number from 0.5 to 3."_s);
+    }
+
+    options.speechKey = setting(parser, u"speech-key"_s, "VYNLEX_SPEECH_KEY");
+    options.speechRegion = setting(parser, u"speech-region"_s, "VYNLEX_SPEECH_REGION");
+    options.translatorKey = setting(parser, u"translator-key"_s, "VYNLEX_TRANSLATOR_KEY");
+    const std::array given = {!options.speechKey.isEmpty(), !options.speechRegion.isEmpty(),
+                              !options.translatorKey.isEmpty()};
+    if (std::ranges::count(given, true) % 3 != 0)
+        return tl::unexpected(
+            u"The real services need all three of --speech-key, --speech-region and --translator-key."_s);
+    return options;
+}
+
+} // namespace host

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QSize>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+#include <tl/expected.hpp>
+#include <vector>
+
+#include "language/LanguageOption.h"
+#include "language/Side.h"
+
+namespace host {
+
+/// A recording that one side says.
+struct RecordedTurn {
+    vynlex::Side side;
+    QString wavFile;
+};
+
+/// The command line of the demo host.
+struct Options {
+    bool headless = false;
+    QString outputFolder;
+    std::vector<RecordedTurn> turns;
+    bool allPairs = false;
+    bool realTime = false; ///< headless: speak and listen at the speed of sound, not as fast as the services take it
+    std::optional<vynlex::LanguageOption> speaker;
+    std::optional<vynlex::LanguageOption> listener;
+    QSize size{390, 844};
+    double fontScale = 1.0;
+
+    QString speechKey;
+    QString speechRegion;
+    QString translatorKey;
+    QString sandboxProgram; ///< empty: the one beside this program
+
+    /// All keys given: the real services are used, and no sandbox is started.
+    [[nodiscard]] bool usesRealServices() const { return !speechKey.isEmpty(); }
+};
+
+/// Reads the command line, then the VYNLEX_... environment variables for the keys. An error is one clear line. `--help`
+/// and `--version` print and end the process with success.
+tl::expected<Options, QString> parseOptions(const QStringList &arguments);
+
+} // namespace host

@@ -1,0 +1,70 @@
+#include "SandboxProcess.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkProxy>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+
+using namespace Qt::StringLiterals;
+
+namespace host {
+namespace {
+
+constexpr int startUpLimitMs = 30'000; // the first start makes the certificate authority and loads all models
+
+void trust(const QList<QSslCertificate> &authority)
+{
+    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+    configuration.addCaCertificates(authority);
+    QSslConfiguration::setDefaultConfiguration(configuration);
+}
+
+} // namespace
+
+tl::expected<std::unique_ptr<SandboxProcess>, QString> SandboxProcess::start(const QString &program)
+{
+    std::unique_ptr<SandboxProcess> sandbox(new SandboxProcess);
+    QProcess &process = sandbox->m_process;
+    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process.start(program, {u"--parent-pid"_s, QString::number(QCoreApplication::applicationPid())});
+    if (!process.waitForStarted())
+        return tl::unexpected(u"The sandbox does not start (%1: %2)."_s.arg(program, process.errorString()));
+    return sandbox->readStartUpLine().map([&] { return std::move(sandbox); });
+}
+
+SandboxProcess::~SandboxProcess()
+{
+    m_process.terminate();
+    if (!m_process.waitForFinished(5000))
+        m_process.kill();
+    m_process.waitForFinished(1000);
+}
+
+tl::expected<void, QString> SandboxProcess::readStartUpLine()
+{
+    const QDeadlineTimer deadline(startUpLimitMs);
+    while (!m_process.canReadLine()) {
+        if (!m_process.waitForReadyRead(static_cast<int>(deadline.remainingTime())))
+            return tl::unexpected(u"The sandbox ended or gave no sign of life at its start."_s);
+    }
+    const QJsonObject line = QJsonDocument::fromJson(m_process.readLine()).object();
+    const QString authorityFile = line["ca"_L1].toString();
+    const QList<QSslCertificate> authority = QSslCertificate::fromPath(authorityFile);
+    const int proxyPort = line["proxy"_L1].toInt();
+    if (authority.isEmpty() || proxyPort == 0)
+        return tl::unexpected(u"The sandbox's start-up line cannot be used."_s);
+
+    m_speechKey = line["speechKey"_L1].toString();
+    m_speechRegion = line["speechRegion"_L1].toString();
+    m_translatorKey = line["translatorKey"_L1].toString();
+    trust(authority);
+    QNetworkProxy::setApplicationProxy(
+        QNetworkProxy(QNetworkProxy::HttpProxy, u"127.0.0.1"_s, static_cast<quint16>(proxyPort)));
+    return {};
+}
+
+} // namespace host

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QProcess>
+#include <QString>
+
+#include <memory>
+#include <tl/expected.hpp>
+
+namespace host {
+
+/// A running confera-sandbox that the application's proxy and trust settings lead to.
+///
+/// Main thread. The sandbox ends with this object, and by itself when the host dies.
+class SandboxProcess {
+public:
+    /// Starts the program, waits for its start-up line (30 s at most), sets the application proxy and adds the
+    /// sandbox's certificate authority to the default TLS configuration. An error is one clear line.
+    static tl::expected<std::unique_ptr<SandboxProcess>, QString> start(const QString &program);
+    ~SandboxProcess();
+    SandboxProcess(const SandboxProcess &) = delete;
+    SandboxProcess &operator=(const SandboxProcess &) = delete;
+
+    [[nodiscard]] QString speechKey() const { return m_speechKey; }
+    [[nodiscard]] QString speechRegion() const { return m_speechRegion; }
+    [[nodiscard]] QString translatorKey() const { return m_translatorKey; }
+
+private:
+    SandboxProcess() = default;
+    tl::expected<void, QString> readStartUpLine();
+
+    QProcess m_process;
+    QString m_speechKey;
+    QString m_speechRegion;
+    QString m_translatorKey;
+};
+
+} // namespace host
