@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QImage>
+#include <QQmlEngine>
+#include <QQuickWindow>
+#include <QString>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+#include "platform/ui/ScreenHost.h"
+#include "platform/ui/ScreenWindow.h"
+
+namespace host {
+
+/// The phone's picture: a window, the screens in it, and how to wait for them and take their picture.
+///
+/// Main thread.
+class Stage {
+public:
+    /// `size` in points.
+    Stage(std::shared_ptr<vynlex::ViewController> root, QSize size);
+    ~Stage();
+
+    [[nodiscard]] QQuickWindow &window() { return *m_window; }
+    [[nodiscard]] QQmlEngine &engine() { return m_engine; }
+    /// The part of the window that is the phone; the window may be larger.
+    [[nodiscard]] QQuickItem &phone() { return *m_screenHost; }
+
+    /// Runs the event loop until `condition` holds, or `limit` has passed; says which.
+    static bool waitUntil(const std::function<bool()> &condition, std::chrono::milliseconds limit);
+
+    /// Waits until no screen moves any more, and a little longer for what moves inside of one.
+    void settle();
+
+    /// Draws the screen and writes it to `file` (PNG, device pixels).
+    [[nodiscard]] bool takePicture(const QString &file);
+
+private:
+    QQmlEngine m_engine;
+    vynlex::ScreenWindow m_screens;
+    std::unique_ptr<QQuickWindow> m_window;
+    std::unique_ptr<vynlex::ScreenHost> m_screenHost;
+};
+
+} // namespace host
