@@ -1,6 +1,5 @@
 #include "SandboxProcess.h"
 
-#include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QJsonDocument>
@@ -30,7 +29,7 @@ tl::expected<std::unique_ptr<SandboxProcess>, QString> SandboxProcess::start(con
     std::unique_ptr<SandboxProcess> sandbox(new SandboxProcess);
     QProcess &process = sandbox->m_process;
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process.start(program, {u"--parent-pid"_s, QString::number(QCoreApplication::applicationPid())});
+    process.start(program, {u"--stop-with-parent"_s}); // its standard input ends when this process does
     if (!process.waitForStarted())
         return tl::unexpected(u"The sandbox does not start (%1: %2)."_s.arg(program, process.errorString()));
     return sandbox->readStartUpLine().map([&] { return std::move(sandbox); });
@@ -42,6 +41,11 @@ SandboxProcess::~SandboxProcess()
     if (!m_process.waitForFinished(5000))
         m_process.kill();
     m_process.waitForFinished(1000);
+}
+
+vynlex::VLTranslationConfig SandboxProcess::configuration()
+{
+    return {u"sandbox-speech-key"_s, u"centralindia"_s, u"sandbox-translator-key"_s};
 }
 
 tl::expected<void, QString> SandboxProcess::readStartUpLine()
@@ -58,9 +62,6 @@ tl::expected<void, QString> SandboxProcess::readStartUpLine()
     if (authority.isEmpty() || proxyPort == 0)
         return tl::unexpected(u"The sandbox's start-up line cannot be used."_s);
 
-    m_speechKey = line["speechKey"_L1].toString();
-    m_speechRegion = line["speechRegion"_L1].toString();
-    m_translatorKey = line["translatorKey"_L1].toString();
     trust(authority);
     QNetworkProxy::setApplicationProxy(
         QNetworkProxy(QNetworkProxy::HttpProxy, u"127.0.0.1"_s, static_cast<quint16>(proxyPort)));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <VynlexTranslationSDK/VLTranslationConfig.h>
+
 #include <QProcess>
 #include <QString>
 
@@ -20,18 +22,14 @@ public:
     SandboxProcess(const SandboxProcess &) = delete;
     SandboxProcess &operator=(const SandboxProcess &) = delete;
 
-    [[nodiscard]] QString speechKey() const { return m_speechKey; }
-    [[nodiscard]] QString speechRegion() const { return m_speechRegion; }
-    [[nodiscard]] QString translatorKey() const { return m_translatorKey; }
+    /// Keys and region that a sandbox started without any accepts.
+    static vynlex::VLTranslationConfig configuration();
 
 private:
     SandboxProcess() = default;
     tl::expected<void, QString> readStartUpLine();
 
     QProcess m_process;
-    QString m_speechKey;
-    QString m_speechRegion;
-    QString m_translatorKey;
 };
 
 } // namespace host

@@ -9,8 +9,9 @@ using namespace std::chrono_literals;
 
 namespace host {
 
-Stage::Stage(std::shared_ptr<vynlex::ViewController> root, QSize size)
-    : m_screens(std::move(root))
+Stage::Stage(QSize size)
+    : m_page(std::make_shared<HostPage>())
+    , m_screens(m_page)
     , m_window(std::make_unique<QQuickWindow>())
     , m_screenHost(std::make_unique<vynlex::ScreenHost>(m_engine, m_screens, m_window->contentItem()))
 {

@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 
+#include "HostPage.h"
 #include "platform/ui/ScreenHost.h"
 #include "platform/ui/ScreenWindow.h"
 
@@ -20,11 +21,12 @@ namespace host {
 class Stage {
 public:
     /// `size` in points.
-    Stage(std::shared_ptr<vynlex::ViewController> root, QSize size);
+    explicit Stage(QSize size);
     ~Stage();
 
     [[nodiscard]] QQuickWindow &window() { return *m_window; }
     [[nodiscard]] QQmlEngine &engine() { return m_engine; }
+    [[nodiscard]] HostPage &page() { return *m_page; }
     /// The part of the window that is the phone; the window may be larger.
     [[nodiscard]] QQuickItem &phone() { return *m_screenHost; }
 
@@ -39,6 +41,7 @@ public:
 
 private:
     QQmlEngine m_engine;
+    std::shared_ptr<HostPage> m_page;
     vynlex::ScreenWindow m_screens;
     std::unique_ptr<QQuickWindow> m_window;
     std::unique_ptr<vynlex::ScreenHost> m_screenHost;

@@ -1,0 +1,273 @@
+#include "ConversationPlayer.h"
+
+#include <QDir>
+
+#include <algorithm>
+#include <atomic>
+
+#include "HostPage.h"
+#include "api/VLApiManager.h"
+#include "conversation/LanguageSelectionView.h"
+#include "language/LanguageTranslation.h"
+#include "platform/device/Platform.h"
+#include "platform/dispatch/GlobalQueue.h"
+#include "platform/ui/AlertController.h"
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using namespace vynlex;
+
+namespace host {
+namespace {
+
+constexpr auto serviceLimit = 30s; // a service that has not answered by then does not answer
+
+using SideState = ConversationTranslateVC::SideState;
+
+std::int64_t millisecondsSince(std::chrono::steady_clock::time_point start)
+{
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start).count();
+}
+
+tl::unexpected<QString> failure(const QString &what)
+{
+    return tl::unexpected(what);
+}
+
+} // namespace
+
+/// One side of the screen, as the person there sees it.
+struct ConversationPlayer::Half {
+    ConversationTranslateVC &screen;
+    Side side;
+
+    [[nodiscard]] bool isSpeaker() const { return side == Side::Speaker; }
+    [[nodiscard]] QString text() const { return (isSpeaker() ? screen.speakerLabel : screen.listenerLabel)->text(); }
+    [[nodiscard]] SideState state() const { return isSpeaker() ? screen.speakerState() : screen.listenerState(); }
+    [[nodiscard]] bool showsText() const
+    {
+        return !text().isEmpty() && !(isSpeaker() ? screen.speakerShowsPrompt() : screen.listenerShowsPrompt());
+    }
+    [[nodiscard]] const ButtonState &microphone() const
+    {
+        return *(isSpeaker() ? screen.speakerMicButton : screen.listenerMicButton);
+    }
+    [[nodiscard]] const ButtonState &readAloud() const
+    {
+        return *(isSpeaker() ? screen.speakerTextToSpeachButton : screen.listenerTextToSpeachButton);
+    }
+    void pressMicrophone() const
+    {
+        isSpeaker() ? screen.didPressSpeakerButtonAction() : screen.didPressListenerButtonAction();
+    }
+    void pressReadAloud() const
+    {
+        isSpeaker() ? screen.didPressSpeakerSideTextToSpeachButtonAction()
+                    : screen.didPressListenerSideTextToSpeachButtonAction();
+    }
+    void tapLanguage() const
+    {
+        screen.didTapLanguageAction(isSpeaker() ? screen.speakerLanguageBackView : screen.listenerLanguageBackView);
+    }
+};
+
+ConversationPlayer::ConversationPlayer(Stage &stage, Room &room, QString folder)
+    : m_stage(stage)
+    , m_room(room)
+    , m_folder(std::move(folder))
+{
+}
+
+ConversationPlayer::Half ConversationPlayer::half(Side side) const
+{
+    return {*m_screen, side};
+}
+
+QString ConversationPlayer::path(const QString &name) const
+{
+    return QDir(m_folder).filePath(name);
+}
+
+tl::expected<void, QString> ConversationPlayer::picture(const QString &name)
+{
+    if (!m_stage.takePicture(path(name)))
+        return failure(u"The picture %1 cannot be written."_s.arg(path(name)));
+    return {};
+}
+
+void ConversationPlayer::openScreen()
+{
+    m_stage.page().didPressTranslateAction();
+    m_screen = std::dynamic_pointer_cast<ConversationTranslateVC>(m_stage.page().presentedViewController());
+    m_stage.settle();
+}
+
+void ConversationPlayer::closeScreen()
+{
+    m_screen->didPressBackButtonAction();
+    m_screen.reset();
+    m_stage.settle();
+}
+
+tl::expected<void, QString> ConversationPlayer::chooseLanguage(Side side, LanguageOption language)
+{
+    if (LanguageTranslation::shared().language(side) == language)
+        return {};
+    half(side).tapLanguage();
+    LanguageSelectionView *const picker = m_screen->languageSelectionView();
+    if (!picker)
+        return failure(u"The language picker does not open."_s);
+    const auto row = std::ranges::find(picker->languageOptions, language) - picker->languageOptions.begin();
+    picker->didSelectRow(static_cast<int>(row));
+    picker->didPressCloseButtonAction();
+    if (!Stage::waitUntil([&] { return !m_screen->languageSelectionView(); }, 5s))
+        return failure(u"The language picker does not close."_s);
+    return {};
+}
+
+tl::expected<TurnRecord, QString> ConversationPlayer::playTurn(Side side, const QString &wavFile, const QString &name)
+{
+    const Half own = half(side);
+    const Half other = half(otherSide(side));
+    const auto &languages = LanguageTranslation::shared();
+    TurnRecord turn{.side = side,
+                    .from = languages.translatorCode(side),
+                    .to = languages.translatorCode(otherSide(side)),
+                    .recognised = {},
+                    .translated = {},
+                    .spoken = name + u".wav"_s,
+                    .screenshot = name + u".png"_s};
+
+    if (const auto said = m_room.say(wavFile); !said)
+        return failure(said.error());
+    own.pressMicrophone();
+    const bool recognised = Stage::waitUntil([&] { return !own.microphone().isSelected(); }, serviceLimit);
+    const auto recognisedAt = std::chrono::steady_clock::now();
+    if (!recognised) {
+        own.pressMicrophone();
+        return failure(u"%1 (%2): the speech service gave no result for %3."_s.arg(name, turn.from, wavFile));
+    }
+    if (!own.showsText())
+        return failure(u"%1 (%2): nothing was recognised in %3."_s.arg(name, turn.from, wavFile));
+    turn.recognised = own.text();
+    if (!Stage::waitUntil([&] { return other.showsText(); }, serviceLimit))
+        return failure(u"%1 (%2 to %3): \"%4\" was not translated."_s.arg(name, turn.from, turn.to, turn.recognised));
+    turn.translated = other.text();
+    const auto translatedAt = std::chrono::steady_clock::now();
+
+    // The recogniser may end the sentence a little before the recording does: what follows counts from the speech.
+    const auto speechEnded = m_room.speechEnded().value_or(recognisedAt);
+    turn.recognisedMs = std::chrono::duration_cast<std::chrono::milliseconds>(recognisedAt - speechEnded).count();
+    turn.translatedMs = std::chrono::duration_cast<std::chrono::milliseconds>(translatedAt - speechEnded).count();
+
+    m_stage.settle();
+    if (const auto taken = picture(turn.screenshot); !taken)
+        return failure(taken.error());
+
+    m_room.record(path(turn.spoken));
+    other.pressReadAloud();
+    if (!Stage::waitUntil([&] { return !other.readAloud().isSelected(); }, serviceLimit)) {
+        other.pressReadAloud();
+        return failure(u"%1 (%2): \"%3\" was not read aloud."_s.arg(name, turn.to, turn.translated));
+    }
+    turn.spokenMs = millisecondsSince(speechEnded);
+    return turn;
+}
+
+tl::expected<void, QString> ConversationPlayer::record(const QString &text, LanguageOption language,
+                                                       const QString &wavFile)
+{
+    const auto &config = VLApiManager::shared().translatedConfig;
+    auto speechConfig = SpeechConfig::fromSubscription(config->speechKey(), config->speechRegion());
+    if (!speechConfig)
+        return failure(speechConfig.error());
+    speechConfig->setSpeechSynthesisVoiceName(languageEntry(language).synthesisVoice);
+    const auto synthesizer = Platform::current()->speechService->makeSynthesizer(*speechConfig);
+    if (!synthesizer)
+        return failure(synthesizer.error());
+
+    m_room.record(wavFile);
+    QString problem;
+    std::atomic<bool> done = false;
+    GlobalQueue::async([&] {
+        const auto result = (*synthesizer)->speakText(text);
+        if (!result)
+            problem = result.error();
+        else if (result->reason == ResultReason::Canceled)
+            problem = result->cancellation.errorDetails;
+        done = true;
+    });
+    if (!Stage::waitUntil([&] { return done.load(); }, serviceLimit)) {
+        static_cast<void>((*synthesizer)->stopSpeaking());
+        Stage::waitUntil([&] { return done.load(); }, serviceLimit);
+    }
+    if (!problem.isEmpty())
+        return failure(u"\"%1\" could not be recorded: %2"_s.arg(text, problem));
+    return {};
+}
+
+tl::expected<void, QString> ConversationPlayer::takePicturesOfEveryState(const QString &wavFile)
+{
+    QString problem;
+    const auto take = [&](const QString &name) {
+        if (const auto taken = picture(u"state-%1.png"_s.arg(name)); !taken && problem.isEmpty())
+            problem = taken.error();
+    };
+    const auto settleAndTake = [&](const QString &name) {
+        m_stage.settle();
+        take(name);
+    };
+    const Half speaker = half(Side::Speaker);
+    const Half listener = half(Side::Listener);
+
+    settleAndTake(u"idle"_s);
+    m_screen->didPressInfoButtonAction();
+    settleAndTake(u"information"_s);
+    m_screen->dismiss(Animated::Yes);
+    m_stage.settle();
+    speaker.tapLanguage();
+    settleAndTake(u"picker-speaker"_s);
+    m_screen->languageSelectionView()->didPressCloseButtonAction();
+    Stage::waitUntil([&] { return !m_screen->languageSelectionView(); }, 5s);
+    listener.tapLanguage();
+    settleAndTake(u"picker-listener"_s);
+    m_screen->languageSelectionView()->didPressCloseButtonAction();
+    Stage::waitUntil([&] { return !m_screen->languageSelectionView(); }, 5s);
+    listener.pressReadAloud();
+    settleAndTake(u"alert"_s);
+    m_screen->dismiss(Animated::Yes);
+    m_stage.settle();
+
+    for (const Half &side : {listener, speaker}) {
+        const QString name = side.isSpeaker() ? u"speaker"_s : u"listener"_s;
+        side.pressMicrophone();
+        settleAndTake(u"listening-"_s + name);
+        if (side.isSpeaker())
+            break; // the speaker goes on and says something
+        side.pressMicrophone();
+        m_stage.settle();
+    }
+    if (const auto said = m_room.say(wavFile); !said)
+        return failure(said.error());
+    if (Stage::waitUntil([&] { return speaker.state() == SideState::Busy; }, serviceLimit))
+        take(u"translating"_s);
+    if (!Stage::waitUntil([&] { return listener.showsText(); }, serviceLimit))
+        return failure(u"Nothing was recognised or translated while the pictures were taken."_s);
+    settleAndTake(u"translated"_s);
+    for (const Half &side : {listener, speaker}) {
+        m_room.record(path(u"state-speaking.wav"_s));
+        side.pressReadAloud();
+        if (Stage::waitUntil([&] { return side.state() == SideState::Speaking; }, 5s)) {
+            Stage::waitUntil([] { return false; }, 150ms);
+            take(u"speaking-"_s + (side.isSpeaker() ? u"speaker"_s : u"listener"_s));
+        }
+        Stage::waitUntil([&] { return !side.readAloud().isSelected(); }, serviceLimit);
+    }
+    m_screen->didPressConversionButtonAction();
+    settleAndTake(u"swapped"_s);
+    m_screen->didPressConversionButtonAction();
+    m_stage.settle();
+    return problem.isEmpty() ? tl::expected<void, QString>() : failure(problem);
+}
+
+} // namespace host
