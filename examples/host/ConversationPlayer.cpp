@@ -3,15 +3,10 @@
 #include <QDir>
 
 #include <algorithm>
-#include <atomic>
 
 #include "HostPage.h"
-#include "api/VLApiManager.h"
 #include "conversation/LanguageSelectionView.h"
 #include "language/LanguageTranslation.h"
-#include "platform/device/Platform.h"
-#include "platform/dispatch/GlobalQueue.h"
-#include "platform/ui/AlertController.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -172,38 +167,6 @@ tl::expected<TurnRecord, QString> ConversationPlayer::playTurn(Side side, const 
     }
     turn.spokenMs = millisecondsSince(speechEnded);
     return turn;
-}
-
-tl::expected<void, QString> ConversationPlayer::record(const QString &text, LanguageOption language,
-                                                       const QString &wavFile)
-{
-    const auto &config = VLApiManager::shared().translatedConfig;
-    auto speechConfig = SpeechConfig::fromSubscription(config->speechKey(), config->speechRegion());
-    if (!speechConfig)
-        return failure(speechConfig.error());
-    speechConfig->setSpeechSynthesisVoiceName(languageEntry(language).synthesisVoice);
-    const auto synthesizer = Platform::current()->speechService->makeSynthesizer(*speechConfig);
-    if (!synthesizer)
-        return failure(synthesizer.error());
-
-    m_room.record(wavFile);
-    QString problem;
-    std::atomic<bool> done = false;
-    GlobalQueue::async([&] {
-        const auto result = (*synthesizer)->speakText(text);
-        if (!result)
-            problem = result.error();
-        else if (result->reason == ResultReason::Canceled)
-            problem = result->cancellation.errorDetails;
-        done = true;
-    });
-    if (!Stage::waitUntil([&] { return done.load(); }, serviceLimit)) {
-        static_cast<void>((*synthesizer)->stopSpeaking());
-        Stage::waitUntil([&] { return done.load(); }, serviceLimit);
-    }
-    if (!problem.isEmpty())
-        return failure(u"\"%1\" could not be recorded: %2"_s.arg(text, problem));
-    return {};
 }
 
 tl::expected<void, QString> ConversationPlayer::takePicturesOfEveryState(const QString &wavFile)

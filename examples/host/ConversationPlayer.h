@@ -35,9 +35,6 @@ public:
     /// Pictures of every state of every screen, as the conversation goes by.
     tl::expected<void, QString> takePicturesOfEveryState(const QString &wavFile);
 
-    /// Has the speech service say `text` in a language, into `wavFile`: how the demo gets its recordings.
-    tl::expected<void, QString> record(const QString &text, vynlex::LanguageOption language, const QString &wavFile);
-
 private:
     struct Half;
     [[nodiscard]] Half half(vynlex::Side side) const;

@@ -1,0 +1,157 @@
+#include "HeadlessRun.h"
+
+#include <QDir>
+#include <QTextStream>
+
+#include "VoiceActor.h"
+#include "language/LanguageTranslation.h"
+
+using namespace Qt::StringLiterals;
+using namespace vynlex;
+
+namespace host {
+namespace {
+
+/// Sentences of the phrasebook that make a small conversation.
+constexpr std::array conversation = {"greet.morning", "greet.nicetomeet", "dir.station", "meet.wait"};
+/// Sentences for the pairs of languages, one after the other.
+constexpr std::array pairSentences = {"dir.station",   "travel.cost",   "travel.airport",
+                                      "help.pharmacy", "meet.tomorrow", "greet.howareyou"};
+
+/// A turn that is about to be played: a file, or a sentence of the phrasebook that is recorded first.
+struct Plan {
+    Side side;
+    std::optional<LanguageOption> speaker;
+    std::optional<LanguageOption> listener;
+    QString wavFile;
+    std::string phraseId;
+};
+
+std::vector<Plan> planOf(const Options &options)
+{
+    std::vector<Plan> plan;
+    if (options.allPairs) {
+        for (std::size_t a = 0; a < allLanguageOptions.size(); ++a) {
+            for (std::size_t b = a + 1; b < allLanguageOptions.size(); ++b) {
+                for (const Side side : {Side::Speaker, Side::Listener}) {
+                    plan.push_back({side,
+                                    allLanguageOptions.at(a),
+                                    allLanguageOptions.at(b),
+                                    {},
+                                    pairSentences.at(plan.size() % pairSentences.size())});
+                }
+            }
+        }
+    } else if (!options.turns.empty()) {
+        for (const RecordedTurn &turn : options.turns)
+            plan.push_back({turn.side, options.speaker, options.listener, turn.wavFile, {}});
+    } else {
+        Side side = Side::Speaker;
+        for (const char *id : conversation) {
+            plan.push_back({side, options.speaker, options.listener, {}, id});
+            side = otherSide(side);
+        }
+    }
+    return plan;
+}
+
+/// Plays the turns of one run.
+class Run {
+public:
+    Run(const Options &options, Stage &stage, Room &room)
+        : m_options(options)
+        , m_folder(options.outputFolder)
+        , m_player(stage, room, options.outputFolder)
+    {
+    }
+
+    tl::expected<void, QString> play()
+    {
+        if (!m_folder.mkpath(u"recordings"_s))
+            return tl::unexpected(u"The folder %1 cannot be made."_s.arg(m_folder.path()));
+        m_player.openScreen();
+        auto outcome = setUp().and_then([&] { return playAll(); });
+        m_player.closeScreen();
+        if (!writeTranscript(m_folder.path(), m_turns))
+            return tl::unexpected(u"The transcript cannot be written into %1."_s.arg(m_folder.path()));
+        return outcome;
+    }
+
+private:
+    tl::expected<void, QString> setUp()
+    {
+        for (const auto &[side, language] :
+             {std::pair{Side::Speaker, m_options.speaker}, std::pair{Side::Listener, m_options.listener}}) {
+            if (!language)
+                continue;
+            if (auto chosen = m_player.chooseLanguage(side, *language); !chosen)
+                return chosen;
+        }
+        if (m_options.allPairs || !m_options.turns.empty())
+            return {};
+        return recordingOf(conversation.front(), Side::Speaker).and_then([&](const QString &file) {
+            return m_player.takePicturesOfEveryState(file);
+        });
+    }
+
+    tl::expected<void, QString> playAll()
+    {
+        const std::vector<Plan> plan = planOf(m_options);
+        for (const Plan &step : plan) {
+            if (auto played = playStep(step); !played)
+                return played;
+        }
+        say(u"%1 of %2 turns came through; see %3"_s.arg(m_turns.size()).arg(plan.size()).arg(m_folder.path()));
+        return {};
+    }
+
+    tl::expected<void, QString> playStep(const Plan &step)
+    {
+        for (const auto &[side, language] :
+             {std::pair{Side::Speaker, step.speaker}, std::pair{Side::Listener, step.listener}}) {
+            if (!language)
+                continue;
+            if (auto chosen = m_player.chooseLanguage(side, *language); !chosen)
+                return chosen;
+        }
+        const auto file = step.wavFile.isEmpty() ? recordingOf(step.phraseId, step.side)
+                                                 : tl::expected<QString, QString>(step.wavFile);
+        if (!file)
+            return tl::unexpected(file.error());
+        const auto turn = m_player.playTurn(step.side, *file, u"turn-%1"_s.arg(m_turns.size() + 1, 2, 10, QChar(u'0')));
+        if (!turn)
+            return tl::unexpected(turn.error());
+        m_turns.push_back(*turn);
+        say(u"%1 > %2   %3   >   %4   (%5 ms, %6 ms)"_s.arg(turn->from, turn->to, turn->recognised, turn->translated)
+                .arg(turn->recognisedMs)
+                .arg(turn->translatedMs));
+        return {};
+    }
+
+    /// The recording of a sentence in the language of a side.
+    tl::expected<QString, QString> recordingOf(const std::string &phraseId, Side side)
+    {
+        std::optional<tl::expected<QString, QString>> outcome;
+        m_actor.record(phraseId, LanguageTranslation::shared().language(side),
+                       [&](const tl::expected<QString, QString> &recorded) { outcome = recorded; });
+        Stage::waitUntil([&] { return outcome.has_value(); }, std::chrono::minutes(5)); // the service client has limits
+        return *outcome;
+    }
+
+    static void say(const QString &line) { QTextStream(stderr) << line << Qt::endl; }
+
+    const Options &m_options;
+    const QDir m_folder;
+    ConversationPlayer m_player;
+    VoiceActor m_actor;
+    std::vector<TurnRecord> m_turns;
+};
+
+} // namespace
+
+tl::expected<void, QString> runHeadless(const Options &options, Stage &stage, Room &room)
+{
+    return Run(options, stage, room).play();
+}
+
+} // namespace host

@@ -1,0 +1,78 @@
+#include "VoiceActor.h"
+
+#include <QDir>
+
+#include <algorithm>
+
+#include "api/VLApiManager.h"
+#include "platform/device/Platform.h"
+#include "platform/dispatch/GlobalQueue.h"
+#include "platform/dispatch/MainQueue.h"
+
+using namespace Qt::StringLiterals;
+using namespace vynlex;
+
+namespace host {
+namespace {
+
+/// Blocks until the text has been spoken; an empty text is success.
+QString speak(const SpeechConfig &config, const QString &text)
+{
+    const auto synthesizer = Platform::current()->speechService->makeSynthesizer(config);
+    if (!synthesizer)
+        return synthesizer.error();
+    const auto result = (*synthesizer)->speakText(text);
+    if (!result)
+        return result.error();
+    return result->reason == ResultReason::Canceled ? result->cancellation.errorDetails : QString();
+}
+
+} // namespace
+
+VoiceActor::VoiceActor(Room &room, QString folder)
+    : m_room(room)
+    , m_folder(std::move(folder))
+    , m_book(sandbox::Phrasebook::load(sandbox::Phrasebook::defaultFile()))
+{
+}
+
+QString VoiceActor::sentence(const sandbox::Phrase &phrase, LanguageOption language)
+{
+    return QString::fromStdString(phrase.text.at(languageEntry(language).translatorCode.toStdString()));
+}
+
+void VoiceActor::record(const std::string &phraseId, LanguageOption language, Recorded recorded)
+{
+    const LanguageEntry &entry = languageEntry(language);
+    const QString file =
+        QDir(m_folder).filePath(u"%1-%2.wav"_s.arg(entry.translatorCode, QString::fromStdString(phraseId)));
+    const auto fail = [&](const QString &line) {
+        MainQueue::async([recorded, line] { recorded(tl::unexpected(line)); });
+    };
+    if (m_files.contains(file)) {
+        MainQueue::async([recorded, file] { recorded(file); });
+        return;
+    }
+    const auto phrase =
+        std::ranges::find(m_book.phrases(), phraseId, [](const sandbox::Phrase &known) { return known.id; });
+    if (phrase == m_book.phrases().end())
+        return fail(u"The phrasebook has no sentence %1."_s.arg(QString::fromStdString(phraseId)));
+    const auto &keys = VLApiManager::shared().translatedConfig;
+    auto config = SpeechConfig::fromSubscription(keys->speechKey(), keys->speechRegion());
+    if (!config)
+        return fail(config.error());
+    config->setSpeechSynthesisVoiceName(entry.synthesisVoice);
+
+    m_room.record(file);
+    GlobalQueue::async([this, config = *config, text = sentence(*phrase, language), file, recorded] {
+        const QString problem = speak(config, text);
+        MainQueue::async([this, text, file, recorded, problem] {
+            if (!problem.isEmpty())
+                return recorded(tl::unexpected(u"\"%1\" could not be recorded: %2"_s.arg(text, problem)));
+            m_files.insert(file);
+            recorded(file);
+        });
+    });
+}
+
+} // namespace host

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QSet>
+#include <QString>
+
+#include <functional>
+#include <string>
+#include <tl/expected.hpp>
+
+#include "Room.h"
+#include "language/LanguageOption.h"
+#include "sandbox/phrasebook/Phrasebook.h"
+
+namespace host {
+
+/// Says sentences of the phrasebook where nobody speaks: the speech service reads them into WAV files.
+///
+/// Main thread.
+class VoiceActor {
+public:
+    /// Recordings go into `folder`, which must exist.
+    VoiceActor(Room &room, QString folder);
+
+    [[nodiscard]] const sandbox::Phrasebook &phrasebook() const { return m_book; }
+    [[nodiscard]] static QString sentence(const sandbox::Phrase &phrase, vynlex::LanguageOption language);
+
+    using Recorded = std::function<void(tl::expected<QString, QString>)>;
+
+    /// Hands over the file of a sentence in a language, recorded first when it is not there yet; on the main queue. An
+    /// error is one clear line. One at a time.
+    void record(const std::string &phraseId, vynlex::LanguageOption language, Recorded recorded);
+
+private:
+    Room &m_room;
+    const QString m_folder;
+    sandbox::Phrasebook m_book;
+    QSet<QString> m_files;
+};
+
+} // namespace host

@@ -1,0 +1,108 @@
+#include <QDir>
+#include <QGuiApplication>
+#include <QTemporaryDir>
+#include <QTextStream>
+
+#include <algorithm>
+#include <span>
+#include <string_view>
+
+#include "HeadlessRun.h"
+#include "Options.h"
+#include "Room.h"
+#include "SandboxProcess.h"
+#include "Stage.h"
+#include "WindowedRun.h"
+#include "api/VLApiManager.h"
+#include "platform/device/Platform.h"
+#include "platform/storage/QSettingsUserDefaults.h"
+#include "platform/ui/KitFont.h"
+
+using namespace Qt::StringLiterals;
+using namespace vynlex;
+
+namespace {
+
+/// Chosen before the application object exists, because the platform plugin cannot be changed afterwards.
+bool isHeadless(std::span<char *> arguments)
+{
+    const bool asked =
+        std::ranges::any_of(arguments, [](const char *argument) { return std::string_view(argument) == "--headless"; });
+    const bool noDisplay = !qEnvironmentVariableIsSet("DISPLAY") && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+    return asked || noDisplay;
+}
+
+void prepareHeadless()
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QT_QUICK_BACKEND", "software");
+    qputenv("QT_SCALE_FACTOR", "2"); // pictures have two pixels a point
+}
+
+int complain(const QString &line)
+{
+    QTextStream(stderr) << "confera-host: " << line << Qt::endl;
+    return EXIT_FAILURE;
+}
+
+QString sandboxProgram(const host::Options &options)
+{
+    return options.sandboxProgram.isEmpty()
+               ? QDir(QCoreApplication::applicationDirPath()).filePath(u"../../sandbox/confera-sandbox"_s)
+               : options.sandboxProgram;
+}
+
+/// The device: its own microphone and loudspeaker where there are any, files otherwise.
+Platform devicePlatform(host::Room &room, const QString &settingsFile, bool headless, bool hasMicrophone)
+{
+    Platform platform = Platform::shipped();
+    if (headless) {
+        // A demonstration leaves the user's own choices alone.
+        platform.userDefaults = std::make_shared<QSettingsUserDefaults>(settingsFile);
+        platform.makeAudioPlayer = [&room] { return room.makeAudioPlayer(); };
+    }
+    if (!hasMicrophone)
+        platform.makeAudioEngine = [&room] { return room.makeAudioEngine(); };
+    return platform;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const bool headless = isHeadless({argv, static_cast<std::size_t>(argc)});
+    if (headless)
+        prepareHeadless();
+    QGuiApplication application(argc, argv);
+    QGuiApplication::setApplicationName(u"confera-host"_s);
+    QGuiApplication::setOrganizationName(u"Confera"_s);
+    QGuiApplication::setApplicationVersion(u"1.0.0"_s);
+
+    const auto options = host::parseOptions(QGuiApplication::arguments());
+    if (!options)
+        return complain(options.error());
+
+    std::unique_ptr<host::SandboxProcess> sandbox;
+    if (!options->usesRealServices()) {
+        auto started = host::SandboxProcess::start(sandboxProgram(*options));
+        if (!started)
+            return complain(started.error());
+        sandbox = std::move(*started);
+    }
+    VLApiManager::shared().translatedConfig =
+        sandbox ? host::SandboxProcess::configuration()
+                : VLTranslationConfig(options->speechKey, options->speechRegion, options->translatorKey);
+
+    const QTemporaryDir settings;
+    host::Room room(headless && !options->realTime ? host::Room::Speed::AsFastAsAccepted : host::Room::Speed::RealTime);
+    const bool hasMicrophone = !headless && Platform::shipped().makeAudioEngine()->inputFormat().sampleRateHz > 0;
+    Platform::install(devicePlatform(room, settings.filePath(u"settings.ini"_s), headless, hasMicrophone));
+    KitFont::shared().setScale(options->fontScale);
+
+    host::Stage stage(options->size);
+    if (!headless)
+        return host::runWindowed(stage, room, !hasMicrophone);
+    if (const auto played = host::runHeadless(*options, stage, room); !played)
+        return complain(played.error());
+    return EXIT_SUCCESS;
+}
