@@ -1,0 +1,65 @@
+#pragma once
+
+#include <boost/asio/awaitable.hpp>
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "sandbox/server/FaultBoard.h"
+#include "sandbox/speech/SpeechMessage.h"
+#include "sandbox/speech/SpeechRoutes.h"
+#include "sandbox/speech/Ssml.h"
+
+namespace sandbox {
+
+/// How audio is to come: 16-bit mono PCM, with or without a RIFF header in front.
+struct OutputFormat {
+    int sampleRateHz = 16000;
+    bool riff = false;
+
+    /// Of a name such as "raw-16khz-16bit-mono-pcm"; nothing for formats that the sandbox does not make.
+    static std::optional<OutputFormat> named(std::string_view name);
+};
+
+/// One synthesiser's connection: requests are spoken one after the other, while messages go on being read.
+///
+/// All on the connection's executor; shared, because the reading and the speaking side end independently.
+class SynthesisSession : public std::enable_shared_from_this<SynthesisSession> {
+public:
+    SynthesisSession(std::shared_ptr<SpeechService> service, std::shared_ptr<WebSocketConnection> connection);
+
+    /// Returns when the connection is over.
+    boost::asio::awaitable<void> serve();
+
+private:
+    struct Request {
+        std::string id;
+        OutputFormat format;
+        std::vector<SpokenText> spoken;
+        std::shared_ptr<std::atomic<bool>> stopped = std::make_shared<std::atomic<bool>>(false);
+    };
+    struct Sound;
+
+    void handle(const SpeechMessage &message);
+    boost::asio::awaitable<void> speakAll();
+    boost::asio::awaitable<void> speak(const Request &request);
+    /// False when a fault ended the turn in the middle.
+    boost::asio::awaitable<bool> sendSound(const Request &request, const std::shared_ptr<Sound> &sound,
+                                           const std::string &streamId,
+                                           const std::optional<FaultBoard::PointFault> &fault);
+    boost::asio::awaitable<void> sendText(std::string_view path, const Request &request, const std::string &json);
+
+    std::shared_ptr<SpeechService> m_service;
+    std::shared_ptr<WebSocketConnection> m_connection;
+    OutputFormat m_format;
+    std::deque<Request> m_requests; ///< the first one is being spoken while `m_speaking`
+    bool m_speaking = false;
+    bool m_over = false;
+};
+
+} // namespace sandbox
