@@ -1,0 +1,241 @@
+#include <QtTest>
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+
+#include "Waves.h"
+#include "platform/audio/AudioConverter.h"
+
+using namespace vynlex;
+using namespace vynlex::waves;
+
+using SampleType = AudioFormat::SampleType;
+
+namespace {
+
+const AudioFormat speechFormat{16000, 1, SampleType::Int16};
+
+qsizetype capacity(qsizetype frames, double rateHz)
+{
+    return static_cast<qsizetype>(16000.0 * (static_cast<double>(frames) / rateHz));
+}
+
+PcmBuffer bufferOf(const AudioFormat &format, qsizetype frames, const std::function<double(qsizetype, int)> &valueAt)
+{
+    PcmBuffer buffer{format, {}};
+    for (qsizetype i = 0; i < frames; ++i) {
+        for (int channel = 0; channel < format.channelCount; ++channel) {
+            const double value = valueAt(i, channel);
+            if (format.sampleType == SampleType::Int16) {
+                buffer.data += int16Bytes({value});
+            } else {
+                const auto sample = static_cast<float>(value);
+                buffer.data.append(reinterpret_cast<const char *>(&sample), sizeof sample);
+            }
+        }
+    }
+    return buffer;
+}
+
+struct Converted {
+    std::vector<double> samples;
+    std::vector<double> positions; ///< Of each sample, in frames of the input, without the filter's delay.
+};
+
+/// A sine of amplitude 0.9, cut into buffers of the given sizes in turn.
+Converted convertSine(const AudioFormat &input, double frequencyHz, const std::vector<qsizetype> &sizes, int buffers)
+{
+    auto converter = AudioConverter::create(input, speechFormat).value();
+    Converted all;
+    qsizetype start = 0;
+    for (int j = 0; j < buffers; ++j) {
+        const qsizetype frames = sizes[static_cast<std::size_t>(j) % sizes.size()];
+        const qsizetype count = capacity(frames, input.sampleRateHz);
+        const PcmBuffer buffer = bufferOf(input, frames, [&](qsizetype i, int) {
+            return 0.9 * sine(frequencyHz, input.sampleRateHz, static_cast<double>(start + i));
+        });
+        const auto converted = converter->convert(buffer, count);
+        if (!converted || converted->frameLength() != count || converted->format != speechFormat)
+            qFatal("conversion failed: %s", converted ? "wrong size" : qPrintable(converted.error()));
+        const std::vector<double> samples = int16Samples(converted->data);
+        for (qsizetype i = 0; i < count; ++i) {
+            all.samples.push_back(samples[static_cast<std::size_t>(i)]);
+            all.positions.push_back(static_cast<double>(start) +
+                                    static_cast<double>(i * frames) / static_cast<double>(count));
+        }
+        start += frames;
+    }
+    return all;
+}
+
+double latencyFrames(double rateHz)
+{
+    return rateHz == 16000 ? 0 : std::floor(80 * std::max(1.0, rateHz / 16000)) + 16;
+}
+
+} // namespace
+
+class TestAudioConverter : public QObject {
+    Q_OBJECT
+
+private slots:
+    /// Every sample is where the ideal sine has it: nothing is dropped, repeated or bent at an edge.
+    void aSineStaysWhole_data()
+    {
+        QTest::addColumn<double>("rateHz");
+        QTest::addColumn<int>("channels");
+        QTest::addColumn<bool>("isFloat");
+        QTest::addColumn<QVector<int>>("sizes");
+        QTest::newRow("48 kHz") << 48000.0 << 1 << false << QVector<int>{2048};
+        QTest::newRow("44.1 kHz") << 44100.0 << 1 << false << QVector<int>{2048};
+        QTest::newRow("48 kHz, stereo, float") << 48000.0 << 2 << true << QVector<int>{2048};
+        QTest::newRow("96 kHz") << 96000.0 << 1 << true << QVector<int>{2048};
+        QTest::newRow("192 kHz, stereo") << 192000.0 << 2 << false << QVector<int>{2048};
+        QTest::newRow("8 kHz") << 8000.0 << 1 << false << QVector<int>{2048};
+        QTest::newRow("11.025 kHz") << 11025.0 << 1 << false << QVector<int>{1999};
+        QTest::newRow("16 kHz") << 16000.0 << 1 << false << QVector<int>{2048};
+        QTest::newRow("whole ratio") << 48000.0 << 1 << false << QVector<int>{480};
+        QTest::newRow("a shorter last one") << 48000.0 << 1 << false << QVector<int>{2048, 2048, 2048, 2048, 777};
+        QTest::newRow("many sizes") << 44100.0 << 1 << false << QVector<int>{2048, 441, 997, 64, 4096, 333};
+    }
+    void aSineStaysWhole()
+    {
+        QFETCH(double, rateHz);
+        QFETCH(int, channels);
+        QFETCH(bool, isFloat);
+        QFETCH(QVector<int>, sizes);
+        const AudioFormat input{rateHz, channels, isFloat ? SampleType::Float32 : SampleType::Int16};
+        const Converted converted = convertSine(input, 1000, {sizes.begin(), sizes.end()}, 24);
+
+        double worst = 0;
+        for (std::size_t i = 400; i < converted.samples.size(); ++i) { // beyond the filter's onset
+            const double ideal = 0.9 * sine(1000, rateHz, converted.positions[i] - latencyFrames(rateHz));
+            worst = std::max(worst, std::abs(converted.samples[i] - ideal));
+        }
+        qInfo("worst error %.1f dB", decibels(worst));
+        QVERIFY2(worst < 0.0001, qPrintable(QString::number(worst)));
+    }
+
+    void theToneIsKeptAndWhatCannotBeHeardIsRejected_data()
+    {
+        QTest::addColumn<double>("rateHz");
+        QTest::newRow("48 kHz") << 48000.0;
+        QTest::newRow("44.1 kHz") << 44100.0;
+    }
+    void theToneIsKeptAndWhatCannotBeHeardIsRejected()
+    {
+        QFETCH(double, rateHz);
+        const AudioFormat input{rateHz, 1, SampleType::Float32};
+        // Buffers that become 682 frames run a little fast; frequencies go with it.
+        const double stretch = 2048.0 / rateHz * 16000 / static_cast<double>(capacity(2048, rateHz));
+        for (const double frequency : {60.0, 300.0, 1000.0, 3400.0, 6000.0, 7000.0}) {
+            auto converted = convertSine(input, frequency, {2048}, 24);
+            converted.samples.erase(converted.samples.begin(), converted.samples.begin() + 1000);
+            const double gain = decibels(amplitude(converted.samples, frequency * stretch, 16000) / 0.9);
+            QVERIFY2(std::abs(gain) < 0.05, qPrintable(QStringLiteral("%1 Hz: %2 dB").arg(frequency).arg(gain)));
+        }
+        for (const double frequency : {8500.0, 9000.0, 11000.0, 15900.0, 20000.0}) {
+            auto converted = convertSine(input, frequency, {2048}, 24);
+            converted.samples.erase(converted.samples.begin(), converted.samples.begin() + 1000);
+            double peak = 0;
+            for (const double sample : converted.samples)
+                peak = std::max(peak, std::abs(sample));
+            // A step of 16 bits is -90.3 dB, so nothing but the last bit may move.
+            QVERIFY2(peak <= 1.01 / 32767,
+                     qPrintable(QStringLiteral("%1 Hz leaks %2 dB").arg(frequency).arg(decibels(peak))));
+        }
+    }
+
+    void equalRatesPassSamplesUnchanged()
+    {
+        auto converter = AudioConverter::create(speechFormat, speechFormat).value();
+        const PcmBuffer first =
+            bufferOf(speechFormat, 1001, [](qsizetype i, int) { return sine(321, 16000, static_cast<double>(i)); });
+        // The duration of 1001 frames, rounded, times the rate, truncated, is 1000: the frame left behind is not lost.
+        const PcmBuffer a = converter->convert(first, 1000).value();
+        const PcmBuffer b = converter->convert(first, 1001).value();
+        QCOMPARE(a.data + b.data, first.data + first.data.chopped(2));
+    }
+
+    void twoChannelsBecomeTheirMean()
+    {
+        const AudioFormat stereo{16000, 2, SampleType::Float32};
+        auto converter = AudioConverter::create(stereo, speechFormat).value();
+        const PcmBuffer buffer =
+            bufferOf(stereo, 100, [](qsizetype, int channel) { return channel == 0 ? 0.5 : -0.25; });
+        const PcmBuffer mono = converter->convert(buffer, 100).value();
+        QCOMPARE(mono.data, QByteArray("\x00\x10", 2).repeated(100)); // an eighth
+    }
+
+    void brokenSamplesDoNotStay()
+    {
+        const AudioFormat input{48000, 1, SampleType::Float32};
+        auto converter = AudioConverter::create(input, speechFormat).value();
+        const auto feed = [&](double value) {
+            return converter->convert(bufferOf(input, 480, [=](qsizetype, int) { return value; }), 160).value().data;
+        };
+        feed(std::numeric_limits<double>::quiet_NaN());
+        feed(std::numeric_limits<double>::infinity());
+        feed(0);
+        feed(0);
+        QCOMPARE(feed(0), QByteArray(320, '\0'));
+    }
+
+    void aFewFramesMakeNoneOrOne()
+    {
+        const AudioFormat input{48000, 1, SampleType::Int16};
+        auto converter = AudioConverter::create(input, speechFormat).value();
+        for (const int frames : {1, 2, 3, 5, 1, 7, 31, 2048, 0, 1}) {
+            const auto converted =
+                converter->convert({input, QByteArray(2L * frames, '\x10')}, capacity(frames, 48000));
+            QVERIFY2(converted, qPrintable(converted ? QString() : converted.error()));
+            QCOMPARE(converted->frameLength(), capacity(frames, 48000));
+        }
+    }
+
+    void formatsWithoutAFilterAreRefused_data()
+    {
+        QTest::addColumn<double>("inputRate");
+        QTest::addColumn<int>("inputChannels");
+        QTest::addColumn<double>("outputRate");
+        QTest::addColumn<int>("outputChannels");
+        QTest::newRow("no microphone") << 0.0 << 1 << 16000.0 << 1;
+        QTest::newRow("slow") << 7999.0 << 1 << 16000.0 << 1;
+        QTest::newRow("fast") << 192001.0 << 1 << 16000.0 << 1;
+        QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN() << 1 << 16000.0 << 1;
+        QTest::newRow("no channel") << 48000.0 << 0 << 16000.0 << 1;
+        QTest::newRow("many channels") << 48000.0 << 6 << 16000.0 << 1;
+        QTest::newRow("stereo out") << 48000.0 << 1 << 16000.0 << 2;
+        QTest::newRow("fast out") << 48000.0 << 1 << 96000.0 << 1;
+    }
+    void formatsWithoutAFilterAreRefused()
+    {
+        QFETCH(double, inputRate);
+        QFETCH(int, inputChannels);
+        QFETCH(double, outputRate);
+        QFETCH(int, outputChannels);
+        const auto converter = AudioConverter::create({inputRate, inputChannels, SampleType::Int16},
+                                                      {outputRate, outputChannels, SampleType::Int16});
+        QVERIFY(!converter);
+        QVERIFY(converter.error().startsWith("No converter exists"));
+        QVERIFY(!AudioConverter::create(speechFormat, {16000, 1, SampleType::Float32}));
+    }
+
+    void aBufferThatDoesNotFitIsRefusedAndTheNextOneIsConverted()
+    {
+        const AudioFormat input{48000, 2, SampleType::Int16};
+        auto converter = AudioConverter::create(input, speechFormat).value();
+        const QByteArray data(4L * 480, '\0');
+        QVERIFY(!converter->convert({{44100, 2, SampleType::Int16}, data}, 174));
+        QVERIFY(!converter->convert({{48000, 1, SampleType::Int16}, data}, 320));
+        QVERIFY(!converter->convert({input, data + "x"}, 160));
+        QVERIFY(!converter->convert({input, data}, 480));
+        QVERIFY(!converter->convert({input, data}, -1));
+        QVERIFY(!converter->convert({input, {}}, 1));
+        QCOMPARE(converter->convert({input, data}, 160).value().data, QByteArray(320, '\0'));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestAudioConverter)
+#include "tst_audio_converter.moc"
