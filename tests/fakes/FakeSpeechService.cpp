@@ -223,21 +223,23 @@ public:
 
     tl::expected<SpeechSynthesisResult, QString> speakText(const QString &text) override
     {
+        // Whoever destroys this object releases the wait below, so what follows the first steps touches locals only.
+        const auto service = m_service;
         const auto utterance = std::make_shared<FakeUtterance::State>();
         utterance->text = text;
         utterance->settings = settingsOf(m_config);
         utterance->completed = synthesisCompleted;
         utterance->gate = m_gate;
         m_utterances.with([&](auto &all) { all.push_back(utterance); });
-        const auto speaking = m_service->lists.with([&](auto &lists) {
+        const auto speaking = service->lists.with([&](auto &lists) {
             lists.utterances.push_back(utterance);
             return lists.speaking;
         });
 
-        if (const auto failure = takeFrom(m_service->speakFailure)) {
+        if (const auto failure = takeFrom(service->speakFailure)) {
             if (utterance->claim())
                 utterance->release(tl::unexpected(*failure));
-        } else if (const auto cancellation = takeFrom(m_service->speakCancellation)) {
+        } else if (const auto cancellation = takeFrom(service->speakCancellation)) {
             utterance->cancel(*cancellation);
         } else if (speaking == FakeSpeechService::Speaking::CompletesAtOnce) {
             utterance->complete(Delivery::ServiceThread);
