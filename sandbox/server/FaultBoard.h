@@ -78,7 +78,7 @@ public:
     /// | emptyBody   | the answer (each WebSocket message) without its body                                       |
     /// | garbledBody | the second half of the body (of each WebSocket message) is noise                           |
     /// | truncate    | bytes (half): the connection ends after so many bytes of the promised body                 |
-    /// | slow        | bytesPerSecond: no more than that leaves the server, TLS included                          |
+    /// | slow        | bytesPerSecond: no more than that leaves the server, TLS included; twice that at the start |
     /// | reset       | afterBytes or afterMessages; neither: TCP reset instead of an answer                       |
     /// | silence     | afterMessages; not given: never answers                                                    |
     /// | close       | code (1000 to 4999), reason (""), afterMessages (0): the WebSocket closes                  |

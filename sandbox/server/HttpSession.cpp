@@ -114,8 +114,14 @@ private:
         struct AddToLog { // also when the session is torn down in the middle
             RequestLog &log;
             RequestLog::Entry &entry;
-            ~AddToLog() { log.add(std::move(entry)); }
-        } const addToLog{m_site.log, entry};
+            bool added = false;
+            void now()
+            {
+                if (!std::exchange(added, true))
+                    log.add(std::move(entry));
+            }
+            ~AddToLog() { now(); }
+        } addToLog{m_site.log, entry};
 
         const auto target = Target::parse(request.target());
         const std::string path = target ? target->path : std::string();
@@ -161,6 +167,7 @@ private:
         if (!response)
             response = co_await handled(request, host, path);
         entry.status = response->result_int();
+        addToLog.now(); // so that who has the answer finds its request in the log
         co_return co_await send(request, std::move(*response), faults);
     }
 

@@ -1,0 +1,154 @@
+#include "sandbox/server/Server.h"
+
+#include <boost/asio/error.hpp>
+#include <boost/asio/ssl/error.hpp>
+#include <boost/beast/http/error.hpp>
+#include <boost/json/parse.hpp>
+#include <boost/json/value_to.hpp>
+
+#include <QElapsedTimer>
+#include <QTest>
+
+#include "tests/sandbox/server/RunningServer.h"
+#include "tests/sandbox/server/TestClient.h"
+
+using namespace sandbox;
+namespace asio = boost::asio;
+using boost::system::system_error;
+
+namespace {
+
+const std::string apiHost = "api.example.com";
+const std::string text = R"({"answer":"a sentence of some length"})";
+
+void addAnswer(ServerContext &context)
+{
+    context.router.addHttp(apiHost, "GET", "/answer", [](const HttpRequest &) -> asio::awaitable<HttpResponse> {
+        co_return jsonResponse(200, text);
+    });
+}
+
+} // namespace
+
+/// Faults as a client meets them, switched on through the control port.
+class SandboxFaultsTest : public QObject {
+    Q_OBJECT
+
+    RunningServer m_server{addAnswer};
+
+    void switchOn(const std::string &fault)
+    {
+        const auto answer = plainRequest(m_server.listening().controlPort, "POST", "/faults", fault);
+        QVERIFY2(answer.status == 200, answer.body.c_str());
+    }
+
+private slots:
+    void cleanup()
+    {
+        QCOMPARE(plainRequest(m_server.listening().controlPort, "DELETE", "/faults").status, 200U);
+        TestClient client(m_server.listening(), apiHost);
+        QCOMPARE(client.request("GET", "/answer").body, text); // all is well again
+    }
+
+    void aStatusReplacesTheAnswer()
+    {
+        switchOn(
+            R"({"host":"api.example.com","path":"/answer","kind":"status","status":503,"body":"later","times":1})");
+        TestClient client(m_server.listening(), apiHost);
+        const auto answer = client.request("GET", "/answer");
+        QCOMPARE(answer.status, 503U);
+        QCOMPARE(answer.body, "later");
+        QCOMPARE(client.request("GET", "/answer").status, 200U);
+    }
+
+    void bodiesAreEmptiedAndGarbled()
+    {
+        TestClient client(m_server.listening(), apiHost);
+        switchOn(R"([{"kind":"emptyBody","times":1}])");
+        QCOMPARE(client.request("GET", "/answer").body, "");
+        switchOn(R"([{"kind":"garbledBody","times":1}])");
+        const auto garbledAnswer = client.request("GET", "/answer");
+        QCOMPARE(garbledAnswer.body.size(), text.size());
+        boost::system::error_code error;
+        boost::json::parse(garbledAnswer.body, error);
+        QVERIFY(error.failed());
+    }
+
+    void anAnswerIsTruncated()
+    {
+        switchOn(R"({"kind":"truncate","bytes":10,"times":1})");
+        TestClient client(m_server.listening(), apiHost);
+        client.sendRaw("GET /answer HTTP/1.1\r\nHost: api.example.com\r\n\r\n");
+        const auto received = client.readToEnd();
+        QVERIFY(received.find("Content-Length: " + std::to_string(text.size())) != std::string::npos);
+        QVERIFY(received.ends_with("\r\n\r\n" + text.substr(0, 10)));
+    }
+
+    void aConnectionIsResetBeforeOrInTheAnswer_data()
+    {
+        QTest::addColumn<QByteArray>("fault");
+        QTest::newRow("before") << QByteArray(R"({"kind":"reset","times":1})");
+        QTest::newRow("in the answer") << QByteArray(R"({"kind":"reset","afterBytes":30,"times":1})");
+    }
+    void aConnectionIsResetBeforeOrInTheAnswer()
+    {
+        QFETCH(QByteArray, fault);
+        for (const Way way : {Way::Direct, Way::ThroughProxy}) {
+            switchOn(fault.toStdString());
+            TestClient client(m_server.listening(), apiHost, way);
+            try {
+                client.request("GET", "/answer");
+                QFAIL("answered");
+            } catch (const system_error &error) {
+                QVERIFY2(error.code() == asio::error::connection_reset, error.what());
+            }
+        }
+    }
+
+    void aSlowAnswerTakesItsTimeAndArrivesComplete()
+    {
+        // Two seconds' allowance goes out at once, the rest second by second; the answer is more than three times as
+        // much.
+        switchOn(R"({"kind":"slow","bytesPerSecond":60,"times":1})");
+        TestClient client(m_server.listening(), apiHost);
+        QElapsedTimer clock;
+        clock.start();
+        QCOMPARE(client.request("GET", "/answer").body, text);
+        QVERIFY(clock.elapsed() >= 900);
+    }
+
+    void silenceLastsUntilTheClientGivesUp()
+    {
+        switchOn(R"({"kind":"silence","times":1})");
+        {
+            TestClient client(m_server.listening(), apiHost);
+            client.sendRaw("GET /answer HTTP/1.1\r\nHost: api.example.com\r\nX-Mark: silent\r\n\r\n");
+        }
+        // The request is logged, without a status, when its connection is over.
+        QTRY_VERIFY(!m_server.log().recent().empty() &&
+                    m_server.log().recent().back().at("headers").as_object().contains("X-Mark"));
+        QCOMPARE(m_server.log().recent().back().at("status").to_number<int>(), 0);
+    }
+
+    void latencyDelaysTheAnswerOnly()
+    {
+        switchOn(R"({"kind":"latency","ms":30,"jitterMs":10,"times":1})");
+        TestClient client(m_server.listening(), apiHost);
+        QCOMPARE(client.request("GET", "/answer").body, text);
+        QCOMPARE(boost::json::value_to<std::vector<std::string>>(m_server.log().recent().back().at("faults")),
+                 std::vector<std::string>{"latency"});
+    }
+
+    void aWrongFaultIsExplained()
+    {
+        const auto port = m_server.listening().controlPort;
+        const auto wrong = plainRequest(port, "POST", "/faults", R"([{"kind":"silence"},{"kind":"slow"}])");
+        QCOMPARE(wrong.status, 400U);
+        QVERIFY(wrong.body.find("bytesPerSecond") != std::string::npos);
+        QCOMPARE(plainRequest(port, "POST", "/faults", "{").status, 400U);
+        QCOMPARE(plainRequest(port, "GET", "/faults").body, "[]");
+    }
+};
+
+QTEST_GUILESS_MAIN(SandboxFaultsTest)
+#include "tst_sandbox_faults.moc"
