@@ -12,7 +12,9 @@
 #include <vector>
 
 #include "sandbox/Options.h"
+#include "sandbox/phrasebook/Phrasebook.h"
 #include "sandbox/server/Server.h"
+#include "sandbox/translation/TranslationRoutes.h"
 
 namespace {
 
@@ -30,7 +32,10 @@ std::string readyLine(const sandbox::Server::Listening &listening)
 
 int serve(const sandbox::Options &options)
 {
+    const auto book = sandbox::Phrasebook::load(options.phrasebook.value_or(sandbox::Phrasebook::defaultFile()));
     sandbox::Server server(options.server);
+    sandbox::addTranslationRoutes(server.context().router, book, options.translator);
+
     const auto listening = server.listen();
     server.stopOnSignals();
     if (options.stopWithStandardInput)
