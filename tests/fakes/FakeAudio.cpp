@@ -35,6 +35,7 @@ struct FakeCapture::State {
         int prepare = 0;
         int installTap = 0;
         int removeTap = 0;
+        TapSlot::Session session = 0;
         bool alive = true;
     };
 
@@ -141,8 +142,10 @@ public:
         auto result = successUnless(m_state->audio->engineStartFailure);
         if (result && inputFormat().sampleRateHz <= 0)
             result = tl::unexpected(QStringLiteral("There is no microphone."));
-        if (result && !m_state->slot.isOpen())
-            m_state->slot.open(inputFormat());
+        if (result && !m_state->slot.isOpen()) {
+            const TapSlot::Session session = m_state->slot.open(inputFormat());
+            m_state->counts.with([&](auto &counts) { counts.session = session; });
+        }
         return result;
     }
 
@@ -310,7 +313,7 @@ bool FakeCapture::hear(const PcmBuffer &buffer)
     if (buffer.frameLength() != tapFrames())
         qFatal("FakeCapture: the tap takes %d frames a buffer, not %lld.", tapFrames(),
                static_cast<long long>(buffer.frameLength()));
-    runElsewhere([&] { m_state->slot.feed(buffer.data); });
+    runElsewhere([&] { m_state->slot.feed(m_state->counts.copy().session, buffer.data); });
     return true;
 }
 

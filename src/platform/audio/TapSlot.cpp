@@ -25,12 +25,13 @@ void TapSlot::remove()
     m_remainder.clear();
 }
 
-void TapSlot::open(const AudioFormat &format)
+TapSlot::Session TapSlot::open(const AudioFormat &format)
 {
     const std::lock_guard lock(m_mutex);
     m_open = true;
     m_format = format;
     m_remainder.clear();
+    return ++m_session;
 }
 
 void TapSlot::close()
@@ -40,13 +41,13 @@ void TapSlot::close()
     m_remainder.clear();
 }
 
-void TapSlot::feed(const QByteArray &data)
+void TapSlot::feed(Session session, const QByteArray &data)
 {
     const std::lock_guard lock(m_mutex);
-    if (!m_open || !m_tap)
+    if (!m_open || !m_tap || session != m_session)
         return;
     m_remainder += data;
-    while (m_open && m_tap) {
+    while (m_open && m_tap && session == m_session) {
         const qsizetype sizeBytes = static_cast<qsizetype>(m_bufferFrames) * m_format.bytesPerFrame();
         if (m_remainder.size() < sizeBytes)
             return;

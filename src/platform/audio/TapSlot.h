@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -17,18 +18,20 @@ namespace vynlex {
 class TapSlot {
 public:
     using Tap = std::function<void(const PcmBuffer &)>;
+    /// One run of the engine. What a device still delivers for an earlier run is ignored.
+    using Session = std::uint64_t;
 
     /// Ends the process when there is a tap already.
     void install(int bufferFrames, Tap tap);
     void remove();
 
-    /// From now on the tap hears what is fed. A remainder of before is forgotten.
-    void open(const AudioFormat &format);
+    /// From now on the tap hears what is fed for this session. A remainder of before is forgotten.
+    Session open(const AudioFormat &format);
     void close();
 
     /// Calls the tap once for every buffer that is full. Whole frames are not required of `data`. Ignored while closed
     /// or without a tap.
-    void feed(const QByteArray &data);
+    void feed(Session session, const QByteArray &data);
 
     /// 0 without a tap.
     [[nodiscard]] int bufferFrames() const;
@@ -39,6 +42,7 @@ private:
     std::shared_ptr<const Tap> m_tap; // shared, because a tap may remove itself while it runs
     int m_bufferFrames = 0;
     bool m_open = false;
+    Session m_session = 0;
     AudioFormat m_format;
     QByteArray m_remainder;
 };

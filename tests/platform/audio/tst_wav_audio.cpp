@@ -1,0 +1,292 @@
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <atomic>
+#include <mutex>
+#include <vector>
+
+#include "AudioPortContract.h"
+#include "Waves.h"
+#include "platform/audio/QtAudioSession.h"
+#include "platform/audio/WavAudioPlayer.h"
+#include "platform/audio/WavFile.h"
+#include "platform/audio/WavMicrophone.h"
+#include "platform/dispatch/Guarded.h"
+#include "tests/fakes/CapturedConsole.h"
+#include "tests/fakes/FakeAudio.h"
+
+using namespace vynlex;
+
+using SampleType = AudioFormat::SampleType;
+using Pace = WavMicrophone::Pace;
+using MakeMicrophone = std::function<contract::Microphone()>;
+Q_DECLARE_METATYPE(MakeMicrophone)
+
+namespace {
+
+const AudioFormat speech{16000, 1, SampleType::Int16};
+
+contract::Microphone fakeMicrophone()
+{
+    const auto audio = std::make_shared<FakeAudio>();
+    auto engine = audio->makeEngine();
+    return {std::move(engine), [audio] { audio->lastCapture().hear(audio->lastCapture().silence()); }};
+}
+
+contract::Microphone wavMicrophone(Pace pace)
+{
+    WavMicrophone microphone(pace);
+    auto engine = microphone.makeEngine();
+    // In a hurry it falls silent after a while, so it is given something to say each time.
+    return {std::move(engine), [microphone]() mutable {
+                if (microphone.waitingSounds() < 3)
+                    microphone.say("sound", {{48000, 1, SampleType::Int16}, QByteArray(4800, '\x22')});
+            }};
+}
+
+/// Collects what a tap hears.
+struct Recorder {
+    Guarded<QByteArray> data;
+
+    AudioEngine::Tap tap()
+    {
+        return [this](const PcmBuffer &buffer) { data.with([&](QByteArray &all) { all += buffer.data; }); };
+    }
+    qsizetype size()
+    {
+        return data.with([](QByteArray &all) { return all.size(); });
+    }
+};
+
+QByteArray ramp(int count)
+{
+    QByteArray bytes;
+    for (int i = 0; i < count; ++i) {
+        const auto sample = static_cast<std::int16_t>(i % 30000 + 1);
+        bytes.append(reinterpret_cast<const char *>(&sample), sizeof sample);
+    }
+    return bytes;
+}
+
+} // namespace
+
+class TestWavAudio : public QObject {
+    Q_OBJECT
+
+private slots:
+    void microphones_data()
+    {
+        QTest::addColumn<MakeMicrophone>("make");
+        QTest::newRow("fake") << MakeMicrophone(fakeMicrophone);
+        QTest::newRow("WAV, real time") << MakeMicrophone([] { return wavMicrophone(Pace::RealTime); });
+        QTest::newRow("WAV, fast") << MakeMicrophone([] { return wavMicrophone(Pace::AsFastAsAccepted); });
+    }
+    void microphones()
+    {
+        QFETCH(MakeMicrophone, make);
+        contract::engineKeepsItsPromises(make);
+        contract::aTapMayRemoveItselfAndStopTheEngine(make);
+    }
+
+    void loudspeakers()
+    {
+        FakeAudio audio;
+        contract::playerKeepsItsPromises([&] { return audio.makePlayer(); },
+                                         [&] { QVERIFY(audio.lastPlayback().complete()); });
+        const QTemporaryDir folder;
+        for (const auto pace : {WavAudioPlayer::Pace::RealTime, WavAudioPlayer::Pace::AsFastAsWritten}) {
+            // Nobody can stop what is heard at once; it is over before.
+            if (pace == WavAudioPlayer::Pace::AsFastAsWritten)
+                continue;
+            int number = 0;
+            contract::playerKeepsItsPromises(
+                [&] { return std::make_unique<WavAudioPlayer>(folder.filePath(QString::number(++number)), pace); }, {});
+        }
+    }
+
+    void sessions()
+    {
+        contract::sessionAcceptsTheSetting(*FakeAudio().session());
+        QtAudioSession shipped;
+        contract::sessionAcceptsTheSetting(shipped);
+    }
+
+    void aSecondTapIsAProgrammingError()
+    {
+        const QString message = fatalErrorOf([] {
+            const auto engine = WavMicrophone(Pace::RealTime).makeEngine();
+            engine->installTap(10, [](const PcmBuffer &) {});
+            engine->installTap(10, [](const PcmBuffer &) {});
+        });
+        QVERIFY(message.contains("Remove it first"));
+    }
+
+    void everySampleOfAFileIsHeardAndThenABoundedSilence_data()
+    {
+        QTest::addColumn<double>("rateHz");
+        QTest::addColumn<int>("channels");
+        QTest::addColumn<bool>("isFloat");
+        QTest::newRow("8 kHz") << 8000.0 << 1 << false;
+        QTest::newRow("11.025 kHz") << 11025.0 << 1 << false;
+        QTest::newRow("44.1 kHz, stereo") << 44100.0 << 2 << false;
+        QTest::newRow("192 kHz, float") << 192000.0 << 1 << true;
+    }
+    void everySampleOfAFileIsHeardAndThenABoundedSilence()
+    {
+        QFETCH(double, rateHz);
+        QFETCH(int, channels);
+        QFETCH(bool, isFloat);
+        const QTemporaryDir folder;
+        const PcmBuffer sound{{rateHz, channels, isFloat ? SampleType::Float32 : SampleType::Int16}, ramp(20'000)};
+        QVERIFY(WavFile::write(folder.filePath("a.wav"), sound));
+
+        WavMicrophone microphone(Pace::AsFastAsAccepted);
+        QVERIFY(microphone.say(folder.filePath("a.wav")));
+        const auto engine = microphone.makeEngine();
+        QVERIFY(engine->inputFormat() == sound.format);
+        Recorder recorder;
+        engine->installTap(100, recorder.tap());
+        QVERIFY(engine->start());
+
+        const qsizetype all = sound.data.size() + static_cast<qsizetype>(2 * rateHz) * sound.format.bytesPerFrame();
+        // The sound ends within a step of 10 ms, which silence fills.
+        const qsizetype slack = static_cast<qsizetype>(rateHz / 50) * sound.format.bytesPerFrame();
+        QTRY_VERIFY(recorder.size() >= all - slack);
+        // The next sound proves that nothing more was to come.
+        const QByteArray other(10'000, '\x33');
+        microphone.say("next", {sound.format, other});
+        QTRY_VERIFY(recorder.data.copy().contains(other));
+        const QByteArray heard = recorder.data.copy();
+        QVERIFY(heard.startsWith(sound.data));
+        const qsizetype next = heard.indexOf(other);
+        QVERIFY(std::abs(next - all) <= slack);
+        QCOMPARE(heard.mid(sound.data.size(), next - sound.data.size()), QByteArray(next - sound.data.size(), '\0'));
+        engine->stop();
+    }
+
+    void theHostIsToldWhenASoundWasHeard()
+    {
+        WavMicrophone microphone(Pace::RealTime, speech);
+        Guarded<std::vector<WavMicrophone::Said>> said;
+        microphone.setObserver(
+            [&](const WavMicrophone::Said &one) { said.with([&](auto &list) { list.push_back(one); }); });
+        microphone.say("one", {speech, ramp(1600)});
+        microphone.say("two", {speech, ramp(3200)});
+        const auto engine = microphone.makeEngine();
+        Recorder recorder;
+        engine->installTap(160, recorder.tap());
+        QVERIFY(engine->start());
+        QTRY_COMPARE(said.copy().size(), std::size_t(2));
+        QCOMPARE(microphone.waitingSounds(), 0);
+        const auto list = said.copy();
+        QCOMPARE(list[0].name, "one");
+        QCOMPARE(list[1].name, "two");
+        // A device never delivers early: 20 steps of 10 ms, the first of which is the begin.
+        QVERIFY(list[1].end - list[1].begin >= std::chrono::milliseconds(150));
+        QVERIFY(list[1].begin >= list[0].end);
+        QCOMPARE(recorder.data.copy().left(9600), ramp(1600) + ramp(3200));
+        // The room is silent, not dead.
+        const qsizetype size = recorder.size();
+        QTRY_VERIFY(recorder.size() > size);
+    }
+
+    void aSoundInAnotherFormatIsConvertedWhileTheEngineRuns()
+    {
+        WavMicrophone microphone(Pace::AsFastAsAccepted, {48000, 2, SampleType::Float32});
+        const auto engine = microphone.makeEngine();
+        const AudioFormat format = engine->inputFormat();
+        Recorder recorder;
+        engine->installTap(480, recorder.tap());
+        microphone.say("other", {speech, QByteArray("\0\x40", 2).repeated(8000)}); // half of full scale
+        QVERIFY(engine->start());
+        QTRY_VERIFY(recorder.size() >= 48000 * format.bytesPerFrame());
+        const QByteArray heard = recorder.data.copy();
+        float middle = 0; // of half a second
+        std::memcpy(&middle, heard.constData() + 12000 * format.bytesPerFrame() + 4, sizeof middle);
+        QVERIFY(std::abs(middle - 0.5F) < 0.001F);
+        float after = 1;
+        std::memcpy(&after, heard.constData() + 25000 * format.bytesPerFrame(), sizeof after);
+        QCOMPARE(after, 0.0F);
+        engine->stop();
+        QVERIFY(microphone.makeEngine()->inputFormat() == format);
+    }
+
+    void aFileThatCannotBeReadIsRefusedAtOnce()
+    {
+        WavMicrophone microphone(Pace::RealTime);
+        QCOMPARE(microphone.say("/nowhere/a.wav").error(), "/nowhere/a.wav is not there.");
+        QCOMPARE(microphone.waitingSounds(), 0);
+    }
+
+    void theFileHoldsWhatWasPlayed()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath("spoken.wav");
+        Guarded<std::vector<WavAudioPlayer::Heard>> heard;
+        WavAudioPlayer player(path, WavAudioPlayer::Pace::AsFastAsWritten, [&](const WavAudioPlayer::Heard &one) {
+            heard.with([&](auto &list) { list.push_back(one); });
+        });
+        QVERIFY(player.start(speech));
+        player.write(ramp(1000));
+        player.write(ramp(500));
+        contract::Ends ends;
+        player.finish(ends.callback());
+        QTRY_COMPARE(ends.copy(), QStringList{""});
+        QCOMPARE(WavFile::read(path).value().data, ramp(1000) + ramp(500));
+        QCOMPARE(heard.copy().size(), std::size_t(1));
+        QCOMPARE(heard.copy().front().path, path);
+        QVERIFY(heard.copy().front().toTheEnd);
+    }
+
+    void whatIsStoppedKeepsWhatWasHeard()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath("spoken.wav");
+        std::atomic<bool> toTheEnd = true;
+        WavAudioPlayer player(path, WavAudioPlayer::Pace::RealTime,
+                              [&](const WavAudioPlayer::Heard &one) { toTheEnd = one.toTheEnd; });
+        QVERIFY(player.start(speech));
+        const QByteArray hour = QByteArray("\x01\x02", 2).repeated(16000 * 60);
+        player.write(hour);
+        player.finish([](const auto &) { QFAIL("it was stopped"); });
+        player.stop();
+        QVERIFY(!toTheEnd);
+        const QByteArray file = [&] {
+            QFile written(path);
+            return written.open(QIODevice::ReadOnly) ? written.readAll() : QByteArray();
+        }();
+        QVERIFY(file.size() >= 44 && file.size() < 44 + hour.size() / 2);
+        if (file.size() > 44)
+            QVERIFY(hour.startsWith(WavFile::parse(file, "a").value().data));
+    }
+
+    void aPlaceThatCannotBeWrittenFailsAtTheStart()
+    {
+        const QTemporaryDir folder;
+        WavAudioPlayer player(folder.filePath("no/a.wav"), WavAudioPlayer::Pace::RealTime);
+        const auto started = player.start(speech);
+        QVERIFY(!started);
+        QVERIFY(started.error().contains("cannot be written"));
+    }
+
+    void theFakeLoudspeakerCanBeTakenAway()
+    {
+        FakeAudio audio;
+        const auto player = audio.makePlayer();
+        QVERIFY(player->start(speech));
+        FakePlayback playback = audio.lastPlayback();
+        QVERIFY(playback.takeAway("Gone."));
+        player->write(ramp(10));
+        contract::Ends ends;
+        player->finish(ends.callback());
+        QTRY_COMPARE(ends.copy(), QStringList{"Gone."});
+        QVERIFY(!playback.complete());
+        audio.failNextPlayerStart("None.");
+        QCOMPARE(audio.makePlayer()->start(speech).error(), "None.");
+        audio.setInputFormat({0, 1, SampleType::Int16});
+        QVERIFY(!audio.makeEngine()->start());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestWavAudio)
+#include "tst_wav_audio.moc"
