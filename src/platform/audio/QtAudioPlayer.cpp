@@ -22,7 +22,9 @@ namespace {
 constexpr int prebufferMs = 60;     ///< Collected before the first sample is heard, against gaps at the start.
 constexpr int deviceBufferMs = 100; ///< In the sink at most.
 constexpr int pumpMs = 10;
-constexpr int tailMs = 150; ///< The sink is idle so long before the last sample has been heard.
+/// Silence after the sound. A server starts to play when its buffer is full, which a short sound does not do; and it
+/// drops the last milliseconds when it runs dry.
+constexpr int paddingMs = 150;
 
 /// One sound on the loudspeaker. Lives on the audio thread.
 class Output {
@@ -66,6 +68,7 @@ public:
     void finish()
     {
         m_finished = true;
+        m_waiting += QByteArray(static_cast<qsizetype>(m_bytesPerMs * paddingMs) / m_frameBytes * m_frameBytes, '\0');
         begin();
     }
 
@@ -86,17 +89,13 @@ private:
         if (taken > 0) {
             m_waiting.remove(0, taken);
             m_progress.start();
-            m_idle.invalidate();
         }
         if (m_waiting.isEmpty() && !m_finished) {
             m_progress.start(); // nothing to take is no silence of the device
             return;
         }
         if (m_waiting.isEmpty() && m_sink.state() == QAudio::IdleState) {
-            if (!m_idle.isValid())
-                m_idle.start();
-            if (m_idle.elapsed() >= tailMs)
-                end(true);
+            end(true);
         } else if (m_progress.elapsed() >= QtAudioPlayer::watchdogMs) {
             end(false);
         }
@@ -118,7 +117,6 @@ private:
     bool m_begun = false;
     bool m_finished = false;
     QElapsedTimer m_progress; ///< Since the sink has taken something, or has had nothing to take.
-    QElapsedTimer m_idle;     ///< Since the sink has run dry at the end.
     QTimer m_pump;
 };
 

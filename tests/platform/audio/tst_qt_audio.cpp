@@ -1,0 +1,191 @@
+#include <QElapsedTimer>
+#include <QTimer>
+#include <QtTest>
+
+#include <cstring>
+
+#include "AudioPortContract.h"
+#include "PulseServer.h"
+#include "platform/audio/QtAudioEngine.h"
+#include "platform/audio/QtAudioPlayer.h"
+#include "platform/dispatch/Guarded.h"
+#include "tests/fakes/CapturedConsole.h"
+
+using namespace vynlex;
+
+namespace {
+
+const AudioFormat speakerFormat{PulseServer::speakerRateHz, 1, AudioFormat::SampleType::Int16};
+
+/// Never zero, and never the same for a while, so that a lost, repeated or inserted sample shows.
+QByteArray ramp(int count, int first = 0)
+{
+    QByteArray bytes;
+    for (int i = first; i < first + count; ++i) {
+        const auto sample = static_cast<std::int16_t>(i % 30011 + 1);
+        bytes.append(reinterpret_cast<const char *>(&sample), sizeof sample);
+    }
+    return bytes;
+}
+
+QByteArray withoutSilenceAround(const QByteArray &pcm)
+{
+    qsizetype begin = 0;
+    qsizetype end = pcm.size() & ~qsizetype(1);
+    const auto isZero = [&](qsizetype at) { return pcm[at] == 0 && pcm[at + 1] == 0; };
+    while (begin < end && isZero(begin))
+        begin += 2;
+    while (end > begin && isZero(end - 2))
+        end -= 2;
+    return pcm.mid(begin, end - begin);
+}
+
+/// What is heard in the room while this object lives.
+class RoomRecorder {
+public:
+    explicit RoomRecorder(PulseServer &server)
+        : m_server(server)
+    {
+        m_server.listen();
+    }
+
+    const QByteArray &heard()
+    {
+        m_heard += m_server.listen();
+        return m_heard;
+    }
+
+private:
+    PulseServer &m_server;
+    QByteArray m_heard;
+};
+
+} // namespace
+
+/// The whole way through a real sound server.
+class TestQtAudio : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QVERIFY2(m_server.start(), m_server.log().constData()); }
+
+    void theMicrophoneKeepsItsPromises()
+    {
+        const auto make = [this] {
+            return contract::Microphone{std::make_unique<QtAudioEngine>(), [this] { m_server.speak(ramp(960)); }};
+        };
+        contract::engineKeepsItsPromises(make);
+        contract::aTapMayRemoveItselfAndStopTheEngine(make);
+    }
+
+    void whatIsSaidArrivesBitForBit()
+    {
+        QtAudioEngine engine;
+        const AudioFormat format = engine.inputFormat();
+        QCOMPARE(format.sampleRateHz, double(PulseServer::microphoneRateHz));
+        QCOMPARE(format.channelCount, 1);
+        QVERIFY(format.sampleType == AudioFormat::SampleType::Int16);
+        Guarded<QByteArray> heard;
+        engine.installTap(2048, [&](const PcmBuffer &buffer) { heard.with([&](auto &all) { all += buffer.data; }); });
+        QVERIFY(engine.start());
+
+        // The room speaks in steps of 20 ms, as a device would; more than the server's buffers hold would be lost.
+        const int step = PulseServer::microphoneRateHz / 50;
+        int said = 0;
+        QTimer room;
+        connect(&room, &QTimer::timeout, [&] {
+            if (said < 60 * step && m_server.speak(ramp(step, said)))
+                said += step;
+            else if (said >= 60 * step)
+                m_server.speak(QByteArray(2 * step, '\0')); // fills the tap's last buffer
+        });
+        room.start(20);
+        const QByteArray all = ramp(60 * step);
+        const auto size = [&] { return heard.with([](auto &data) { return data.size(); }); };
+        QTRY_VERIFY_WITH_TIMEOUT(size() >= all.size() && heard.copy().contains(all), 20'000);
+    }
+
+    void theLoudspeakerKeepsItsPromises()
+    {
+        contract::playerKeepsItsPromises([] { return std::make_unique<QtAudioPlayer>(); }, {});
+    }
+
+    void whatIsPlayedIsHeardToTheLastSample_data()
+    {
+        QTest::addColumn<int>("count");
+        QTest::newRow("a click") << 40;
+        QTest::newRow("a word") << 8000;
+        QTest::newRow("a sentence, streamed") << 32000;
+    }
+    void whatIsPlayedIsHeardToTheLastSample()
+    {
+        QFETCH(int, count);
+        RoomRecorder room(m_server);
+        const QByteArray sound = ramp(count);
+        QtAudioPlayer player;
+        QVERIFY(player.start(speakerFormat));
+        for (qsizetype i = 0; i < sound.size(); i += 3200)
+            player.write(sound.mid(i, 3200));
+        contract::Ends ends;
+        player.finish(ends.callback());
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                room.heard();
+                return !ends.copy().isEmpty();
+            },
+            20'000));
+        QCOMPARE(ends.copy(), QStringList{""});
+        const bool whole = QTest::qWaitFor([&] { return withoutSilenceAround(room.heard()) == sound; }, 5'000);
+        const QByteArray heard = withoutSilenceAround(room.heard());
+        QVERIFY2(whole, qPrintable(QStringLiteral("%1 of %2 bytes, those at %3")
+                                       .arg(heard.size())
+                                       .arg(sound.size())
+                                       .arg(sound.indexOf(heard))));
+    }
+
+    void soundBeginsBeforeTheEndIsKnownAndStopsAtOnce()
+    {
+        RoomRecorder room(m_server);
+        QtAudioPlayer player;
+        QVERIFY(player.start(speakerFormat));
+        player.write(ramp(PulseServer::speakerRateHz * 10));
+        const auto heardBytes = [&] { return withoutSilenceAround(room.heard()).size(); };
+        QTRY_VERIFY_WITH_TIMEOUT(heardBytes() > 6400, 20'000);
+
+        const qsizetype before = heardBytes();
+        player.stop();
+        const qsizetype silence = PulseServer::speakerRateHz / 5 * 2;
+        QTRY_VERIFY(room.heard().endsWith(QByteArray(silence, '\0')));
+        const double afterMs = static_cast<double>(heardBytes() - before) * 1000 / 2 / PulseServer::speakerRateHz;
+        qInfo("heard after stop: %.1f ms", afterMs);
+        QVERIFY(afterMs < 80); // less than the sink holds; 50 are promised on a machine that is not busy
+    }
+
+    /// Last, because it takes the server away.
+    void aServerThatIsTakenAwayEndsSoundAndSilencesTheMicrophone()
+    {
+        const CapturedConsole console;
+        QtAudioEngine engine;
+        engine.installTap(100, [](const PcmBuffer &) {});
+        QVERIFY(engine.start());
+        QtAudioPlayer player;
+        QVERIFY(player.start(speakerFormat));
+        player.write(ramp(PulseServer::speakerRateHz * 10));
+        contract::Ends ends;
+        player.finish(ends.callback());
+
+        m_server.end();
+        QTRY_COMPARE_WITH_TIMEOUT(ends.copy(), QStringList{"The loudspeaker was taken away."}, 20'000);
+        // The test log goes to the same place.
+        QTRY_COMPARE_WITH_TIMEOUT(console.lines().count("The microphone is silent."), 1, 20'000);
+        engine.stop();
+        QVERIFY(!engine.start());
+        QVERIFY(!QtAudioPlayer().start(speakerFormat));
+    }
+
+private:
+    PulseServer m_server;
+};
+
+QTEST_GUILESS_MAIN(TestQtAudio)
+#include "tst_qt_audio.moc"
