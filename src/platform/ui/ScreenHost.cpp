@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "platform/dispatch/FatalError.h"
-#include "platform/dispatch/MainQueue.h"
 #include "platform/ui/ScreenWindow.h"
 
 using namespace Qt::StringLiterals;
@@ -39,13 +38,8 @@ public:
         connect(&m_movement, &QVariantAnimation::finished, this, [this] { m_arrived(); });
     }
 
-    ~Stage() override
-    {
-        // The view goes before the screen that its bindings read; and it may be one of the view's own handlers, or a
-        // callback of the screen, that brought us here.
-        qDeleteAll(childItems());
-        MainQueue::async([controller = std::move(m_controller)] {});
-    }
+    /// The view goes before the screen that its bindings read.
+    ~Stage() override { qDeleteAll(childItems()); }
 
     [[nodiscard]] const std::shared_ptr<ViewController> &controller() const { return m_controller; }
     [[nodiscard]] bool isMoving() const { return m_movement.state() == QAbstractAnimation::Running; }
