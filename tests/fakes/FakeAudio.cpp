@@ -26,6 +26,18 @@ tl::expected<void, QString> successUnless(NextFailure &failure)
     return {};
 }
 
+/// What captures and playbacks ask of the device. Apart from the lists of them, which would keep each other alive.
+struct Device {
+    struct Settings {
+        AudioFormat inputFormat{48000, 1, AudioFormat::SampleType::Float32};
+        FakeAudio::Playing playing = FakeAudio::Playing::UntilTold;
+    };
+
+    Guarded<Settings> settings;
+    NextFailure engineStartFailure;
+    NextFailure playerStartFailure;
+};
+
 } // namespace
 
 struct FakeCapture::State {
@@ -41,7 +53,7 @@ struct FakeCapture::State {
 
     Guarded<Counts> counts;
     TapSlot slot;
-    std::shared_ptr<FakeAudio::State> audio;
+    std::shared_ptr<Device> device;
 
     void count(int Counts::*member)
     {
@@ -61,7 +73,7 @@ struct FakePlayback::State {
     };
 
     Guarded<Sound> sound;
-    std::shared_ptr<FakeAudio::State> audio;
+    std::shared_ptr<Device> device;
 
     /// Takes the right to call `ended`; an empty function when it must not run (any more, or yet).
     AudioPlayer::Ended claim()
@@ -86,16 +98,13 @@ struct FakeAudio::State {
     struct Lists {
         std::vector<std::shared_ptr<FakeCapture::State>> captures;
         std::vector<std::shared_ptr<FakePlayback::State>> playbacks;
-        AudioFormat inputFormat{48000, 1, AudioFormat::SampleType::Float32};
-        Playing playing = Playing::UntilTold;
         int setCategoryCount = 0;
         int setActiveCount = 0;
         bool active = false;
     };
 
     Guarded<Lists> lists;
-    NextFailure engineStartFailure;
-    NextFailure playerStartFailure;
+    const std::shared_ptr<Device> device = std::make_shared<Device>();
     NextFailure categoryFailure;
     NextFailure activeFailure;
     std::shared_ptr<AudioSession> session;
@@ -119,7 +128,7 @@ public:
 
     AudioFormat inputFormat() const override
     {
-        return m_state->audio->lists.with([](auto &lists) { return lists.inputFormat; });
+        return m_state->device->settings.with([](auto &settings) { return settings.inputFormat; });
     }
 
     void installTap(int bufferFrames, Tap tap) override
@@ -139,7 +148,7 @@ public:
     tl::expected<void, QString> start() override
     {
         m_state->count(&FakeCapture::State::Counts::start);
-        auto result = successUnless(m_state->audio->engineStartFailure);
+        auto result = successUnless(m_state->device->engineStartFailure);
         if (result && inputFormat().sampleRateHz <= 0)
             result = tl::unexpected(QStringLiteral("There is no microphone."));
         if (result && !m_state->slot.isOpen()) {
@@ -170,7 +179,7 @@ public:
 
     tl::expected<void, QString> start(const AudioFormat &format) override
     {
-        if (auto result = successUnless(m_state->audio->playerStartFailure); !result)
+        if (auto result = successUnless(m_state->device->playerStartFailure); !result)
             return result;
         m_state->sound.with([&](auto &sound) {
             if (sound.format)
@@ -203,7 +212,7 @@ public:
                 sound.ended = std::move(ended);
             return sound.takenAway;
         });
-        const auto playing = m_state->audio->lists.with([](auto &lists) { return lists.playing; });
+        const auto playing = m_state->device->settings.with([](auto &settings) { return settings.playing; });
         if (!takenAway && playing == FakeAudio::Playing::UntilTold)
             return;
         // Not waited for, like everything that a loudspeaker does.
@@ -300,7 +309,7 @@ int FakeCapture::removeTapCount() const
 
 PcmBuffer FakeCapture::silence() const
 {
-    const AudioFormat format = m_state->audio->lists.with([](auto &lists) { return lists.inputFormat; });
+    const AudioFormat format = m_state->device->settings.with([](auto &settings) { return settings.inputFormat; });
     return {format, QByteArray(static_cast<qsizetype>(tapFrames()) * format.bytesPerFrame(), '\0')};
 }
 
@@ -308,7 +317,7 @@ bool FakeCapture::hear(const PcmBuffer &buffer)
 {
     if (!isRunning() || !hasTap())
         return false;
-    if (buffer.format != m_state->audio->lists.with([](auto &lists) { return lists.inputFormat; }))
+    if (buffer.format != m_state->device->settings.with([](auto &settings) { return settings.inputFormat; }))
         qFatal("FakeCapture: a microphone delivers its own format only.");
     if (buffer.frameLength() != tapFrames())
         qFatal("FakeCapture: the tap takes %d frames a buffer, not %lld.", tapFrames(),
@@ -382,7 +391,7 @@ FakeAudio::FakeAudio()
 std::unique_ptr<AudioEngine> FakeAudio::makeEngine()
 {
     const auto capture = std::make_shared<FakeCapture::State>();
-    capture->audio = m_state;
+    capture->device = m_state->device;
     m_state->lists.with([&](auto &lists) { lists.captures.push_back(capture); });
     return std::make_unique<FakeAudioEngine>(capture);
 }
@@ -390,7 +399,7 @@ std::unique_ptr<AudioEngine> FakeAudio::makeEngine()
 std::unique_ptr<AudioPlayer> FakeAudio::makePlayer()
 {
     const auto playback = std::make_shared<FakePlayback::State>();
-    playback->audio = m_state;
+    playback->device = m_state->device;
     m_state->lists.with([&](auto &lists) { lists.playbacks.push_back(playback); });
     return std::make_unique<FakeAudioPlayer>(playback);
 }
@@ -455,22 +464,22 @@ bool FakeAudio::isSessionActive() const
 
 void FakeAudio::setInputFormat(const AudioFormat &format)
 {
-    m_state->lists.with([&](auto &lists) { lists.inputFormat = format; });
+    m_state->device->settings.with([&](auto &settings) { settings.inputFormat = format; });
 }
 
 void FakeAudio::setPlaying(Playing playing)
 {
-    m_state->lists.with([&](auto &lists) { lists.playing = playing; });
+    m_state->device->settings.with([&](auto &settings) { settings.playing = playing; });
 }
 
 void FakeAudio::failNextEngineStart(const QString &sentence)
 {
-    m_state->engineStartFailure.set(sentence);
+    m_state->device->engineStartFailure.set(sentence);
 }
 
 void FakeAudio::failNextPlayerStart(const QString &sentence)
 {
-    m_state->playerStartFailure.set(sentence);
+    m_state->device->playerStartFailure.set(sentence);
 }
 
 void FakeAudio::failNextSetCategory(const QString &sentence)
