@@ -36,7 +36,7 @@ private slots:
     void theRequestIsWhatTheTranslatorExpects()
     {
         translate(u"नमस्ते"_s, u"te"_s);
-        const HttpRequest &request = m_platform->httpSession->request(0);
+        const HttpRequest &request = m_platform->network->request(0);
         QCOMPARE(request.method, QByteArray("POST"));
         QCOMPARE(request.url.toString(QUrl::FullyEncoded),
                  u"https://api.cognitive.microsofttranslator.com/translate?api-version=3.0&to=te"_s);
@@ -51,7 +51,7 @@ private slots:
     {
         m_apiManager->translatedConfig.reset();
         translate({}, u"hi"_s);
-        const HttpRequest &request = m_platform->httpSession->request(0);
+        const HttpRequest &request = m_platform->network->request(0);
         QCOMPARE(request.headers.at(0).second, QByteArray(""));
         QCOMPARE(request.headers.at(2).second, QByteArray(""));
         QCOMPARE(request.body, QByteArray(R"([{"Text":""}])"));
@@ -60,7 +60,7 @@ private slots:
     void theTextIsNotEscaped()
     {
         translate(u"a \"b\" \\ c"_s, u"hi"_s);
-        QCOMPARE(m_platform->httpSession->request(0).body, QByteArray("[{\"Text\":\"a \"b\" \\ c\"}]"));
+        QCOMPARE(m_platform->network->request(0).body, QByteArray("[{\"Text\":\"a \"b\" \\ c\"}]"));
     }
 
     void theFirstTranslationIsDelivered_data()
@@ -80,7 +80,7 @@ private slots:
         QFETCH(const QByteArray, body);
         translate(u"x"_s, u"hi"_s);
         const CapturedConsole console;
-        m_platform->httpSession->answer(0, answerOf(body));
+        m_platform->network->answer(0, answerOf(body));
         QTRY_COMPARE(m_outcomes.size(), 1U);
         QVERIFY(m_outcomes.front().has_value());
         QTEST(m_outcomes.front().value(), "text");
@@ -101,8 +101,8 @@ private slots:
         translate(u"x"_s, u"hi"_s);
         translate(u"y"_s, u"hi"_s);
         const CapturedConsole console;
-        m_platform->httpSession->answer(0, answerOf(body));
-        m_platform->httpSession->answer(1, answerOf(R"([{"translations":[{"text":"later","to":"hi"}]}])"));
+        m_platform->network->answer(0, answerOf(body));
+        m_platform->network->answer(1, answerOf(R"([{"translations":[{"text":"later","to":"hi"}]}])"));
         QTRY_COMPARE(m_outcomes.size(), 1U);
         QCOMPARE(m_outcomes.front().value(), u"later"_s); // the other answer alone arrived
     }
@@ -130,7 +130,7 @@ private slots:
         QFETCH(const QString, message);
         translate(u"x"_s, u"hi"_s);
         const CapturedConsole console;
-        m_platform->httpSession->answer(0, answerOf(body, status));
+        m_platform->network->answer(0, answerOf(body, status));
         QTRY_COMPARE(m_outcomes.size(), 1U);
         QVERIFY(!m_outcomes.front());
         QCOMPARE(m_outcomes.front().error().domain, u"DecodingErrorDomain"_s);
@@ -142,9 +142,8 @@ private slots:
     {
         translate(u"x"_s, u"hi"_s);
         translate(u"y"_s, u"hi"_s);
-        m_platform->httpSession->answer(
-            0, tl::unexpected(TransportError{TransportError::Kind::HostNotFound, u"No such host."_s}));
-        m_platform->httpSession->answer(1, HttpResponse{200, {}, std::nullopt});
+        m_platform->network->fail(0, {TransportError::Kind::HostNotFound, u"No such host."_s});
+        m_platform->network->answer(1, HttpResponse{200, {}, std::nullopt});
         QTRY_COMPARE(m_outcomes.size(), 2U);
         QCOMPARE(m_outcomes.at(0).error().message, u"No such host."_s);
         QCOMPARE(m_outcomes.at(1).error(), (TranslationError{u"TranslationErrorDomain"_s, 0, {}}));
@@ -154,7 +153,7 @@ private slots:
     {
         translate(u"x"_s, u"hi"_s);
         const CapturedConsole console;
-        m_platform->httpSession->answer(0, answerOf("\xff\xfe"));
+        m_platform->network->answer(0, answerOf("\xff\xfe"));
         QTRY_COMPARE(m_outcomes.size(), 1U);
         QVERIFY(console.lines().isEmpty());
     }

@@ -1,0 +1,197 @@
+#include "conversation/LanguageSelectionView.h"
+#include "language/LanguageTranslation.h"
+#include "platform/ui/ResourceBundle.h"
+#include "platform/ui/ScreenWindow.h"
+#include "tests/fakes/TestPlatform.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace vynlex;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+class tst_language_picker : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<TestPlatform> m_platform;
+    std::unique_ptr<LanguageTranslation> m_languages;
+
+    [[nodiscard]] std::unique_ptr<LanguageSelectionView> picker(Side side) const
+    {
+        auto view = std::make_unique<LanguageSelectionView>(side == Side::Speaker, *m_languages, m_platform->clock);
+        view->selectedLanguage = m_languages->language(side);
+        return view;
+    }
+
+private slots:
+    void init()
+    {
+        m_platform = std::make_unique<TestPlatform>();
+        m_languages = std::make_unique<LanguageTranslation>(m_platform->userDefaults);
+    }
+
+    void theListenersPickerMarksHindiOnAFreshInstallation()
+    {
+        const auto view = picker(Side::Listener);
+        view->show();
+        QCOMPARE(view->titleLabel->text(), u"Translate to"_s);
+        QCOMPARE(picker(Side::Speaker)->titleLabel->text(), u"Translate from"_s);
+        QCOMPARE(view->closeButton->currentImage(), ResourceBundle::image(u"cross"_s));
+
+        QStringList names;
+        QStringList marked;
+        QStringList withoutSeparator;
+        QCOMPARE(view->numberOfRows(), 6);
+        for (const LanguageCell &cell : view->optionsTableView().rows()) {
+            names << cell.optionLabel;
+            if (cell.radioButton.selected)
+                marked << cell.optionLabel;
+            if (cell.seperatorViewHidden)
+                withoutSeparator << cell.optionLabel;
+            const auto image = cell.radioButton.selected ? u"radioButton_Selected"_s : u"radioButton_Unselected"_s;
+            QVERIFY(!ResourceBundle::image(image).isEmpty());
+            QCOMPARE(cell.radioButton.currentImage(), ResourceBundle::image(image));
+        }
+        QCOMPARE(names, QStringList({u"English"_s, u"हिंदी"_s, u"ગુજરાતી"_s, u"मराठी"_s, u"বাংলা"_s, u"తెలుగు"_s}));
+        QCOMPARE(marked, QStringList(u"हिंदी"_s));
+        QCOMPARE(withoutSeparator, QStringList(u"తెలుగు"_s));
+    }
+
+    void aChosenRowIsStoredToldAndMarked_data()
+    {
+        QTest::addColumn<bool>("speaker");
+        QTest::addColumn<int>("row");
+        QTest::addColumn<QString>("key");
+        QTest::newRow("speaker") << true << 4 << u"SpeakerLanguage"_s;
+        QTest::newRow("listener") << false << 2 << u"ListenerLanguage"_s;
+        QTest::newRow("the one that is chosen already") << false << 1 << u"ListenerLanguage"_s;
+    }
+    void aChosenRowIsStoredToldAndMarked()
+    {
+        QFETCH(bool, speaker);
+        QFETCH(int, row);
+        QFETCH(QString, key);
+        const auto view = picker(speaker ? Side::Speaker : Side::Listener);
+        std::vector<LanguageOption> told;
+        std::optional<QString> storedWhenTold;
+        view->onLanguageSelection = [&](LanguageOption option) {
+            told.push_back(option);
+            storedWhenTold = m_platform->userDefaults->string(key);
+        };
+        view->show();
+        QSignalSpy reset(view->tableModel(), &QAbstractItemModel::modelReset);
+
+        view->didSelectRow(row);
+        const LanguageOption option = allLanguageOptions.at(static_cast<std::size_t>(row));
+        QCOMPARE(told, std::vector{option});
+        QCOMPARE(storedWhenTold, rawValue(option));
+        QCOMPARE(view->selectedLanguage, option);
+        for (int other = 0; other < view->numberOfRows(); ++other)
+            QCOMPARE(view->optionsTableView().rows().at(static_cast<std::size_t>(other)).radioButton.selected,
+                     other == row);
+        QCOMPARE(reset.count(), 0); // the mark moves; the list stays where it is
+        QVERIFY(view->isShown());
+    }
+
+    void rowsThatAreNotThereAreIgnored()
+    {
+        const auto view = picker(Side::Speaker);
+        view->onLanguageSelection = [](LanguageOption) { QFAIL("told of nothing"); };
+        view->show();
+        view->didSelectRow(-1);
+        view->didSelectRow(6);
+        QCOMPARE(view->selectedLanguage, LanguageOption::english);
+        QVERIFY(!m_platform->userDefaults->string(u"SpeakerLanguage"_s));
+
+        view->onLanguageSelection = {};
+        view->didSelectRow(5); // and an owner who does not want to know
+        QCOMPARE(m_platform->userDefaults->string(u"SpeakerLanguage"_s), u"తెలుగు"_s);
+    }
+
+    void theSheetIsAsHighAsItsRowsAndTheDevicesEdge()
+    {
+        const auto view = picker(Side::Speaker);
+        view->show();
+        QCOMPARE(view->sheetHeight(), 6 * 56.0 + 71); // no key window, no edge
+
+        ScreenWindow window;
+        window.setSafeAreaInsets({0, 47, 0, 34});
+        window.makeKey();
+        view->show();
+        QCOMPARE(view->sheetHeight(), 6 * 56.0 + 71 + 34);
+    }
+
+    void hidingEndsAfterTheSpring_data()
+    {
+        QTest::addColumn<int>("way");
+        QTest::newRow("close button") << 0;
+        QTest::newRow("tap beside the sheet") << 1;
+        QTest::newRow("drag") << 2;
+    }
+    void hidingEndsAfterTheSpring()
+    {
+        QFETCH(int, way);
+        const auto view = picker(Side::Speaker);
+        QSignalSpy removed(view.get(), &LanguageSelectionView::removedFromSuperview);
+        view->show();
+        QCOMPARE(view->sheetOffset(), 0.0);
+        QCOMPARE(view->backgroundAlpha(), 0.45);
+
+        if (way == 0)
+            view->didPressCloseButtonAction();
+        else if (way == 1)
+            view->backgroundView->tap();
+        else
+            view->dragEnded(400);
+        QCOMPARE(view->sheetOffset(), view->sheetHeight());
+        QCOMPARE(view->backgroundAlpha(), 0.0);
+        view->hide(); // again, while it goes
+        view->dragChanged(10);
+        QVERIFY(!view->isDragging());
+        m_platform->clock->advance(499ms);
+        QCOMPARE(removed.count(), 0);
+        m_platform->clock->advance(1ms);
+        QCOMPARE(removed.count(), 1);
+    }
+
+    void theSheetFollowsTheFingerDownwards()
+    {
+        const auto view = picker(Side::Speaker);
+        view->show();
+        view->dragChanged(30);
+        QVERIFY(view->isDragging());
+        QCOMPARE(view->sheetOffset(), 30.0);
+        view->dragChanged(-20);
+        QCOMPARE(view->sheetOffset(), 0.0);
+        view->dragChanged(350);
+        view->dragCancelled();
+        QVERIFY(view->isShown() && !view->isDragging());
+        QCOMPARE(view->sheetOffset(), 0.0);
+    }
+
+    void halfTheHeightClosesLessSpringsBack_data()
+    {
+        QTest::addColumn<double>("translation");
+        QTest::addColumn<bool>("closes");
+        QTest::newRow("less") << 203.4 << false;
+        QTest::newRow("half") << 203.5 << true;
+        QTest::newRow("more") << 300.0 << true;
+        QTest::newRow("upwards") << -300.0 << false;
+    }
+    void halfTheHeightClosesLessSpringsBack()
+    {
+        QFETCH(double, translation);
+        QFETCH(bool, closes);
+        const auto view = picker(Side::Speaker);
+        view->show();
+        view->dragChanged(translation);
+        view->dragEnded(translation);
+        QCOMPARE(view->isShown(), !closes);
+        QCOMPARE(view->sheetOffset(), closes ? view->sheetHeight() : 0.0);
+        QVERIFY(!view->isDragging());
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_language_picker)
+#include "tst_language_picker.moc"
