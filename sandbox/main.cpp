@@ -9,6 +9,7 @@
 #include <iostream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "sandbox/Options.h"
@@ -18,14 +19,18 @@
 
 namespace {
 
-std::string readyLine(const sandbox::Server::Listening &listening)
+/// Keys that the user chose stay unsaid; those that everybody knows help a host to its configuration.
+std::string readyLine(const sandbox::Server::Listening &listening, const sandbox::Options &options)
 {
+    boost::json::object keys;
+    if (options.speech.acceptsKey(sandbox::defaultSpeechKey))
+        keys["speech"] = sandbox::defaultSpeechKey;
+    if (options.translator.acceptsKey(sandbox::defaultTranslatorKey))
+        keys["translator"] = sandbox::defaultTranslatorKey;
     const boost::json::object line{
-        {"tls", listening.tlsPort},
-        {"proxy", listening.proxyPort},
-        {"control", listening.controlPort},
-        {"ca", listening.authorityFile.string()},
-        {"pid", getpid()},
+        {"tls", listening.tlsPort},         {"proxy", listening.proxyPort},
+        {"control", listening.controlPort}, {"ca", listening.authorityFile.string()},
+        {"keys", std::move(keys)},          {"pid", getpid()},
     };
     return boost::json::serialize(line);
 }
@@ -40,7 +45,7 @@ int serve(const sandbox::Options &options)
     server.stopOnSignals();
     if (options.stopWithStandardInput)
         server.stopWithStandardInput();
-    std::cout << readyLine(listening) << std::endl;
+    std::cout << readyLine(listening, options) << std::endl;
     server.run();
     return EXIT_SUCCESS;
 }

@@ -53,6 +53,7 @@ private slots:
         start(process, {"--translator-key", "mine", "--translator-region", "westindia"});
         const auto ready = readyLine(process);
         QCOMPARE(ready["pid"].toInteger(), process.processId());
+        QCOMPARE(ready["keys"].toObject(), (QJsonObject{{"speech", "sandbox-speech-key"}})); // not the one given
 
         const QStringList request{"--proxy",   QString("http://127.0.0.1:%1").arg(ready["proxy"].toInt()),
                                   "--cacert",  ready["ca"].toString(),
