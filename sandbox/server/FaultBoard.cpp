@@ -161,6 +161,9 @@ FaultBoard::Fault FaultBoard::parsed(const json::value &value) const
         if (kind == kinds.end())
             refuse(fault.kind.empty() ? "a fault needs a \"kind\"" : "there is no fault \"" + fault.kind + "\"");
         check(*kind, rest);
+        const auto status = integer(rest, "status").value_or(500);
+        if (rest.contains("body") && (status < 200 || status == 204 || status == 304))
+            refuse("HTTP knows no body for status " + std::to_string(status));
     }
     fault.parameters = std::move(rest);
     return fault;

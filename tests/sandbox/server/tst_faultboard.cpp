@@ -93,6 +93,8 @@ private slots:
         QTest::newRow("number for a text")
             << QByteArray(R"({"kind":"status","status":500,"body":1})") << QByteArray("body");
         QTest::newRow("never") << QByteArray(R"({"kind":"silence","times":0})") << QByteArray("times");
+        QTest::newRow("body without a place")
+            << QByteArray(R"({"kind":"status","status":204,"body":"x"})") << QByteArray("204");
         QTest::newRow("unknown point") << QByteArray(R"({"point":"p","kind":"drop"})") << QByteArray("point");
     }
     void aWrongFaultIsRefusedAndNoneIsAdded()
