@@ -12,7 +12,9 @@ FocusScope {
     readonly property bool scrolls: label.implicitHeight > root.height
 
     readonly property int weight: root.prompt ? Font.Normal : Font.Medium
-    readonly property int size: Theme.fittingSize(root.text, label.width, root.height, root.prompt ? Theme.promptSmallest : Theme.speechSmallest, root.prompt ? Theme.promptLargest : Theme.speechLargest, root.weight)
+    readonly property int smallest: root.prompt ? Theme.promptSmallest : Theme.speechSmallest
+    readonly property int largest: (root.prompt ? Theme.promptLargest : Theme.speechLargest) * (root.width > Theme.wide ? 1.4 : 1)
+    readonly property int size: Theme.fittingSize(root.text, label.width, root.height, root.smallest, root.largest, root.weight)
 
     onTextChanged: flickable.contentY = 0
 

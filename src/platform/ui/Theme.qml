@@ -56,6 +56,9 @@ QtObject {
     /// Lines longer than this are tiring to read; wide screens centre their text in it.
     readonly property int readableWidth: 680
 
+    /// From this width on a text has a tablet's room.
+    readonly property int wide: 560
+
     // Motion
     readonly property int quick: 150
     readonly property int push: 300
