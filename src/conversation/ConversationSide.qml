@@ -90,11 +90,11 @@ Rectangle {
     }
 
     BusyDots {
-        x: root.low ? chip.x + Theme.gapLarge : readAloud.x - width - Theme.gap
+        x: root.low ? chip.x + Theme.gapLarge : readAloud.x - width - Theme.gapLarge
         y: (root.low ? root.height - root.inset - 22 : readAloud.y + readAloud.height / 2) - height / 2
         visible: root.busy && !dots.visible
         running: root.busy
-        dot: 8
+        dot: root.low ? 12 : Math.max(6, Math.min(13, (readAloud.x - chip.x - chip.width - 2 * Theme.gapLarge) / 4.5))
         tint: Theme.primary
     }
 
@@ -128,7 +128,7 @@ Rectangle {
 
         x: root.low ? root.width - root.inset - mic.width - Theme.gapLarge : (root.width - mic.width) / 2
         y: root.low ? (root.height - mic.height) / 2 : root.height - root.inset - mic.height
-        name: root.listening ? qsTr("Stop listening, %1").arg(root.who) : qsTr("Microphone, %1").arg(root.who)
+        name: (root.listening ? qsTr("Stop listening, %1") : root.micEnabled ? qsTr("Microphone, %1") : qsTr("Microphone off, %1")).arg(root.who)
         diameter: root.micDiameter
         available: root.micEnabled
         listening: root.listening

@@ -114,17 +114,22 @@ Rectangle {
 
         readonly property LanguageSelectionController sheet: root.controller.languageSelectionView
 
+        /// Where the keys were before the picker took them.
+        property Item opener: null
+
         anchors.fill: parent
-        focus: picker.sheet !== null
         // Set, not bound: the sheet's view must never see its controller become null.
         onSheetChanged: {
-            if (picker.sheet)
+            if (picker.sheet) {
+                picker.opener = root.Window.activeFocusItem;
                 picker.setSource("LanguageSelectionView.qml", {
                     controller: picker.sheet,
                     window: root.window
                 });
-            else
+            } else {
                 picker.source = "";
+                (picker.opener ?? root).forceActiveFocus(Qt.OtherFocusReason);
+            }
         }
     }
 }

@@ -10,6 +10,9 @@ FocusScope {
     required property LanguageSelectionController controller
     required property ScreenWindow window
 
+    /// Not at rest yet: it comes, goes or springs back.
+    readonly property bool moving: spring.running
+
     Accessible.role: Accessible.Dialog
     Accessible.name: root.controller.titleLabel.text
 
@@ -59,9 +62,9 @@ FocusScope {
             }
         }
 
-        TapHandler {
-            gesturePolicy: TapHandler.ReleaseWithinBounds
-            onTapped: root.controller.backgroundView.tap()
+        MouseArea {
+            anchors.fill: parent
+            onClicked: root.controller.backgroundView.tap()
         }
     }
 
@@ -108,20 +111,20 @@ FocusScope {
             id: drag
 
             /// The last place, kept because a handler that ends has forgotten it.
-            property real translation: 0
+            property real down: 0
 
             target: null
             xAxis.enabled: false
-            onCentroidChanged: {
+            onTranslationChanged: {
                 if (!drag.active)
                     return;
-                drag.translation = drag.centroid.scenePosition.y - drag.centroid.scenePressPosition.y;
-                root.controller.dragChanged(drag.translation);
+                drag.down = drag.activeTranslation.y;
+                root.controller.dragChanged(drag.down);
             }
             onActiveChanged: {
                 if (!drag.active)
-                    root.controller.dragEnded(drag.translation);
-                drag.translation = 0;
+                    root.controller.dragEnded(drag.down);
+                drag.down = 0;
             }
             onCanceled: root.controller.dragCancelled()
         }
@@ -132,6 +135,11 @@ FocusScope {
             height: sheet.height + 80
             radius: Theme.radiusSheet
             color: Theme.surface
+
+            // A tap beside the controls is not one on the dimmed screen below.
+            MouseArea {
+                anchors.fill: parent
+            }
         }
         Rectangle {
             anchors.horizontalCenter: parent.horizontalCenter
@@ -176,13 +184,18 @@ FocusScope {
             clip: true
             boundsBehavior: Flickable.StopAtBounds
             interactive: options.contentHeight > options.height
-            model: root.controller.optionsTableView
+            model: root.controller.optionsTableView // qmllint disable type
             delegate: LanguageCell {
                 required property int index
 
                 width: options.width // qmllint disable unqualified
                 height: 56
                 onPressed: root.controller.didSelectRow(index) // qmllint disable unqualified
+                // Who comes by keyboard sees where.
+                onActiveFocusChanged: {
+                    if (activeFocus)
+                        ListView.view.positionViewAtIndex(index, ListView.Contain);
+                }
             }
         }
         ScrollMark {
