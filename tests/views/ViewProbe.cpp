@@ -18,9 +18,11 @@ namespace {
 constexpr qreal smallestTouch = 44;
 constexpr qreal rounding = 1;
 
+/// Visits what can be seen and is not covered by a screen above.
 void visit(QQuickItem &item, const std::function<void(QQuickItem &)> &visitor)
 {
-    if (!item.isVisible() || qFuzzyIsNull(item.opacity()))
+    const bool covered = item.clip() && !item.contains(item.boundingRect().center());
+    if (!item.isVisible() || qFuzzyIsNull(item.opacity()) || covered)
         return;
     visitor(item);
     for (QQuickItem *child : item.childItems())

@@ -209,7 +209,7 @@ private slots:
         const ViewProbe probe(*m_window);
 
         ask();
-        QVERIFY(probe.showing(u"Alert"_s));
+        QTRY_VERIFY(probe.showing(u"Alert"_s)); // texts have no height before the first frame
         QVERIFY(probe.showing(message));
         QCOMPARE(probe.faults(), QStringList());
         QQuickItem *const ok = probe.named(u"Ok"_s);

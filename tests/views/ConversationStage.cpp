@@ -1,0 +1,164 @@
+#include "tests/views/ConversationStage.h"
+
+#include <QQuickItem>
+#include <QTest>
+
+#include "platform/ui/KitFont.h"
+
+using namespace Qt::StringLiterals;
+
+namespace vynlex {
+namespace {
+
+const QString question = u"Where is the railway station, please?"_s;
+const QString questionInHindi = u"कृपया, रेलवे स्टेशन कहाँ है?"_s;
+
+bool readAloud(ConversationStage &stage, const QString &who)
+{
+    if (!stage.press(u"Read aloud, "_s + who))
+        return false;
+    return QTest::qWaitFor([&] { return stage.platform.speechService->utteranceCount() == 1; });
+}
+
+bool converse(ConversationStage &stage, const QString &said, const QString &translated)
+{
+    if (!stage.say(Side::Speaker, said))
+        return false;
+    stage.translate(translated);
+    return stage.settle();
+}
+
+bool openPicker(ConversationStage &stage, const QString &who, Side side)
+{
+    const QString language = rawValue(stage.languages.language(side));
+    return stage.press(u"%1 language: %2"_s.arg(who, language)) && stage.settle();
+}
+
+} // namespace
+
+const std::vector<DeviceShape> &deviceShapes()
+{
+    static const std::vector<DeviceShape> shapes{
+        {u"phone"_s, {390, 844}, 1, {0, 47, 0, 34}},
+        {u"small-phone"_s, {320, 568}, 1, {0, 20, 0, 0}},
+        {u"tablet"_s, {768, 1024}, 1, {0, 24, 0, 20}},
+        {u"landscape"_s, {844, 390}, 1, {47, 0, 47, 21}},
+        {u"large-type"_s, {390, 844}, 1.5, {0, 47, 0, 34}},
+        {u"small-phone-large-type"_s, {320, 568}, 1.5, {0, 20, 0, 0}},
+        {u"landscape-large-type"_s, {844, 390}, 1.5, {47, 0, 47, 21}},
+    };
+    return shapes;
+}
+
+ConversationStage::ConversationStage(const DeviceShape &shape)
+    : languages(platform.userDefaults)
+    , root(std::make_shared<ViewController>())
+    , probe(window)
+{
+    api.translatedConfig = VLTranslationConfig(u"speech-key"_s, u"testregion"_s, u"text-key"_s);
+    screen = std::make_shared<ConversationTranslateVC>(api, languages);
+    KitFont::shared().setScale(shape.fontScale);
+    window.resize(shape.size);
+    window.show();
+    window.requestActivate();
+    Q_UNUSED(QTest::qWaitForWindowActive(&window));
+    m_screens = std::make_unique<ScreenWindow>(root);
+    m_screens->setSafeAreaInsets(shape.safeArea);
+    m_screens->makeKey();
+    m_host = std::make_unique<ScreenHost>(m_engine, *m_screens, window.contentItem());
+    m_host->setSize(shape.size);
+    root->present(screen, Animated::No);
+}
+
+ConversationStage::~ConversationStage()
+{
+    m_host.reset();
+    root.reset();
+    screen.reset();
+    KitFont::shared().setScale(1);
+}
+
+bool ConversationStage::press(const QString &name)
+{
+    QQuickItem *const control = probe.named(name);
+    if (!control)
+        return false;
+    if (QString::fromLatin1(control->metaObject()->className()).startsWith(u"LanguageCell"))
+        control->forceActiveFocus(Qt::TabFocusReason); // a row may have to scroll into sight
+    probe.tap(*control);
+    return true;
+}
+
+bool ConversationStage::listen(Side side)
+{
+    const int before = platform.speechService->recognitionCount();
+    return press(side == Side::Speaker ? u"Microphone, Speaker"_s : u"Microphone, Listener"_s) &&
+           QTest::qWaitFor([&] { return platform.speechService->recognitionCount() > before; }) && settle();
+}
+
+bool ConversationStage::say(Side side, const QString &text)
+{
+    const int before = platform.network->requestCount();
+    return listen(side) && QTest::qWaitFor([&] { return platform.speechService->lastRecognition().isStarted(); }) &&
+           platform.speechService->lastRecognition().deliverRecognized(text) &&
+           QTest::qWaitFor([&] { return platform.network->requestCount() > before; }) && settle();
+}
+
+void ConversationStage::translate(const QString &text)
+{
+    const QByteArray body = u"[{\"translations\":[{\"text\":\"%1\",\"to\":\"xx\"}]}]"_s.arg(text).toUtf8();
+    platform.network->answer(platform.network->requestCount() - 1, 200, body);
+}
+
+bool ConversationStage::settle()
+{
+    return QTest::qWaitFor([&] {
+        const auto *const picker = screen->languageSelectionView();
+        QQuickItem *const sheet = picker ? probe.named(picker->titleLabel->text()) : nullptr;
+        return !m_host->isMoving() && (!picker || (sheet && !sheet->property("moving").toBool()));
+    });
+}
+
+const std::vector<ConversationStage::Scene> &ConversationStage::scenes()
+{
+    static const std::vector<Scene> scenes{
+        {u"fresh"_s, [](auto &stage) { return stage.settle(); }},
+        {u"speaker-listening"_s, [](auto &stage) { return stage.listen(Side::Speaker); }},
+        {u"listener-listening"_s, [](auto &stage) { return stage.listen(Side::Listener); }},
+        {u"being-translated"_s, [](auto &stage) { return stage.say(Side::Speaker, question); }},
+        {u"translated"_s, [](auto &stage) { return converse(stage, question, questionInHindi); }},
+        {u"listener-reading-aloud"_s,
+         [](auto &stage) { return converse(stage, question, questionInHindi) && readAloud(stage, u"Listener"_s); }},
+        {u"speaker-reading-aloud"_s,
+         [](auto &stage) { return converse(stage, question, questionInHindi) && readAloud(stage, u"Speaker"_s); }},
+        {u"long-texts"_s,
+         [](auto &stage) {
+             const QString said = question + u" I have two heavy bags and must catch the train at seven. "_s;
+             const QString translated = questionInHindi + u" मेरे पास दो भारी बैग हैं और मुझे सात बजे की ट्रेन पकड़नी है। "_s;
+             return converse(stage, said.repeated(5).trimmed(), translated.repeated(5).trimmed());
+         }},
+        {u"gujarati-telugu"_s,
+         [](auto &stage) {
+             const auto choose = [&](const QString &who, Side side, const QString &language) {
+                 if (!openPicker(stage, who, side) || !stage.press(language) || !stage.press(u"Close"_s))
+                     return false;
+                 stage.platform.clock->advance(spring::duration);
+                 return QTest::qWaitFor([&] { return !stage.screen->languageSelectionView(); });
+             };
+             return choose(u"Speaker"_s, Side::Speaker, u"ગુજરાતી"_s) &&
+                    choose(u"Listener"_s, Side::Listener, u"తెలుగు"_s);
+         }},
+        {u"picker-from"_s, [](auto &stage) { return openPicker(stage, u"Speaker"_s, Side::Speaker); }},
+        {u"picker-to"_s, [](auto &stage) { return openPicker(stage, u"Listener"_s, Side::Listener); }},
+        {u"information"_s, [](auto &stage) { return stage.press(u"How it works"_s) && stage.settle(); }},
+        {u"alert"_s,
+         [](auto &stage) {
+             // The button is hidden while its label shows the prompt; pressed all the same, the screen explains itself.
+             stage.screen->didPressSpeakerSideTextToSpeachButtonAction();
+             return stage.settle();
+         }},
+    };
+    return scenes;
+}
+
+} // namespace vynlex

@@ -1,0 +1,285 @@
+#include "tests/views/ConversationStage.h"
+
+#include <QAccessible>
+#include <QQuickItem>
+#include <QTest>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+using namespace vynlex;
+
+namespace {
+
+const QString question = u"Where is the railway station, please?"_s;
+const QString englishPrompt = u"Press mic to begin conversation"_s;
+const QString hindiPrompt = u"बातचीत शुरू करने के लिए माइक दबाएं"_s;
+
+const ConversationStage::Scene &scene(const QString &name)
+{
+    return *std::ranges::find(ConversationStage::scenes(), name, &ConversationStage::Scene::name);
+}
+
+/// What is left of the lower half for an eye that sees no colours.
+QImage lowerHalfInGrey(ConversationStage &stage)
+{
+    const QImage all = stage.window.grabWindow();
+    return all.copy(0, all.height() / 2 + 40, all.width(), all.height() / 2 - 40)
+        .convertToFormat(QImage::Format_Grayscale8);
+}
+
+/// The share of points that differ clearly.
+double difference(const QImage &a, const QImage &b)
+{
+    qsizetype different = 0;
+    for (int y = 0; y < a.height(); ++y) {
+        for (int x = 0; x < a.width(); ++x)
+            different += std::abs(a.constScanLine(y)[x] - b.constScanLine(y)[x]) > 60;
+    }
+    return static_cast<double>(different) / (static_cast<double>(a.width()) * a.height());
+}
+
+QAccessible::State stateOf(QQuickItem *item)
+{
+    return QAccessible::queryAccessibleInterface(item)->state();
+}
+
+} // namespace
+
+class ConversationViewsTest : public QObject {
+    Q_OBJECT
+
+    const DeviceShape &m_phone = deviceShapes().front();
+
+    static void drag(QQuickWindow &window, QPoint from, int by)
+    {
+        QTest::mousePress(&window, Qt::LeftButton, {}, from);
+        for (int step = 1; step <= 20; ++step)
+            QTest::mouseMove(&window, from + QPoint(0, by * step / 20));
+        QTest::mouseRelease(&window, Qt::LeftButton, {}, from + QPoint(0, by));
+    }
+
+private slots:
+    void everyMomentIsWithoutFaultOnEveryDevice_data()
+    {
+        QTest::addColumn<const DeviceShape *>("shape");
+        QTest::addColumn<const ConversationStage::Scene *>("moment");
+        for (const DeviceShape &shape : deviceShapes()) {
+            for (const ConversationStage::Scene &moment : ConversationStage::scenes())
+                QTest::addRow("%s, %s", qPrintable(shape.name), qPrintable(moment.name)) << &shape << &moment;
+        }
+    }
+    void everyMomentIsWithoutFaultOnEveryDevice()
+    {
+        QFETCH(const DeviceShape *, shape);
+        QFETCH(const ConversationStage::Scene *, moment);
+        ConversationStage stage(*shape);
+        QVERIFY(moment->play(stage));
+        QCOMPARE(stage.probe.faults(), QStringList());
+
+        const QRectF safe = QRectF(QPointF(), shape->size).marginsRemoved(shape->safeArea);
+        for (const QString &name : stage.probe.controlNames()) {
+            QQuickItem *const control = stage.probe.named(name);
+            if (!name.startsWith(u"English") &&
+                control->mapRectToScene(control->boundingRect()).bottom() < shape->size.height())
+                QVERIFY2(safe.contains(control->mapRectToScene(control->boundingRect())), qPrintable(name));
+        }
+    }
+
+    void theFourLooksAreToldApartWithoutColour()
+    {
+        std::vector<std::pair<QString, QImage>> looks;
+        for (const char *name :
+             {"fresh", "speaker-listening", "being-translated", "translated", "speaker-reading-aloud"}) {
+            ConversationStage stage(m_phone);
+            QVERIFY(scene(QString::fromLatin1(name)).play(stage));
+            looks.emplace_back(QString::fromLatin1(name), lowerHalfInGrey(stage));
+        }
+        for (std::size_t one = 0; one < looks.size(); ++one) {
+            for (std::size_t other = one + 1; other < looks.size(); ++other) {
+                const double share = difference(looks[one].second, looks[other].second);
+                QVERIFY2(
+                    share > 0.002,
+                    qPrintable(u"%1 and %2 look alike: %3"_s.arg(looks[one].first, looks[other].first).arg(share)));
+            }
+        }
+    }
+
+    void theUpperHalfFacesThePersonOpposite()
+    {
+        ConversationStage stage(m_phone);
+        QQuickItem *const theirs = stage.probe.showing(hindiPrompt);
+        QQuickItem *const ours = stage.probe.showing(englishPrompt);
+        QVERIFY(theirs && ours);
+        const auto points = [](QQuickItem *text) {
+            return text->mapToScene({0, 0}) - text->mapToScene({text->width(), text->height()});
+        };
+        QVERIFY(points(ours).x() < 0 && points(ours).y() < 0);
+        QVERIFY(points(theirs).x() > 0 && points(theirs).y() > 0);
+        QVERIFY(theirs->mapToScene({0, 0}).y() < ours->mapToScene({0, 0}).y());
+    }
+
+    void aPromptLooksOtherThanWhatWasSaid()
+    {
+        ConversationStage stage(m_phone);
+        const QColor prompt = stage.probe.showing(englishPrompt)->property("color").value<QColor>();
+        QVERIFY(stage.say(Side::Speaker, question));
+        QVERIFY(prompt != stage.probe.showing(question)->property("color").value<QColor>());
+    }
+
+    void twoPeopleConverseByTouch()
+    {
+        ConversationStage stage(m_phone);
+        QVERIFY(stage.listen(Side::Speaker));
+        QVERIFY(stage.probe.named(u"Stop listening, Speaker"_s));
+        QVERIFY(stateOf(stage.probe.named(u"Stop listening, Speaker"_s)).checked);
+        QVERIFY(stage.press(u"Microphone off, Listener"_s));
+        QCOMPARE(stage.screen->listenerState(), ConversationTranslateVC::SideState::Idle);
+        QVERIFY(stage.press(u"Stop listening, Speaker"_s));
+        QCOMPARE(stage.screen->speakerState(), ConversationTranslateVC::SideState::Idle);
+
+        QVERIFY(stage.say(Side::Speaker, question));
+        QVERIFY(stage.probe.showing(question));
+        stage.translate(u"रेलवे स्टेशन कहाँ है?"_s);
+        QVERIFY(stage.probe.showing(u"रेलवे स्टेशन कहाँ है?"_s));
+
+        QVERIFY(stage.press(u"Read aloud, Listener"_s));
+        QTRY_COMPARE(stage.platform.speechService->utteranceCount(), 1);
+        QVERIFY(stage.probe.named(u"Stop reading aloud, Listener"_s));
+        stage.platform.speechService->lastUtterance().complete();
+        QTRY_VERIFY(stage.probe.named(u"Read aloud, Listener"_s));
+
+        QVERIFY(stage.press(u"Swap the languages"_s));
+        QVERIFY(stage.probe.named(u"Speaker language: हिंदी"_s));
+        QVERIFY(stage.probe.named(u"Listener language: English"_s));
+    }
+
+    void everyControlIsReachedAndUsedByKeyboardAlone()
+    {
+        ConversationStage stage(m_phone);
+        QStringList reached;
+        for (qsizetype tabs = stage.probe.controlNames().size(); tabs > 0; --tabs) {
+            QTest::keyClick(&stage.window, Qt::Key_Tab);
+            reached.append(
+                QAccessible::queryAccessibleInterface(stage.window.activeFocusItem())->text(QAccessible::Name));
+        }
+        QStringList all = stage.probe.controlNames();
+        std::ranges::sort(all);
+        std::ranges::sort(reached);
+        QCOMPARE(reached, all);
+
+        while (stage.window.activeFocusItem() != stage.probe.named(u"Listener language: हिंदी"_s))
+            QTest::keyClick(&stage.window, Qt::Key_Tab);
+        QTest::keyClick(&stage.window, Qt::Key_Space);
+        QVERIFY(stage.settle());
+        // In the picker the keys stay in the picker.
+        for (int tabs = 0; tabs < 20; ++tabs) {
+            QTest::keyClick(&stage.window, Qt::Key_Tab);
+            QVERIFY(stage.probe.named(u"Translate to"_s)->isAncestorOf(stage.window.activeFocusItem()));
+        }
+        while (stage.window.activeFocusItem() != stage.probe.named(u"हिंदी"_s))
+            QTest::keyClick(&stage.window, Qt::Key_Tab);
+        QTest::keyClick(&stage.window, Qt::Key_Down);
+        QTest::keyClick(&stage.window, Qt::Key_Return);
+        QCOMPARE(stage.languages.language(Side::Listener), LanguageOption::gujarati);
+        QTest::keyClick(&stage.window, Qt::Key_Escape);
+        stage.platform.clock->advance(spring::duration);
+        QVERIFY(!stage.screen->languageSelectionView());
+        QVERIFY(stage.probe.named(u"Listener language: ગુજરાતી"_s));
+        QTest::keyClick(&stage.window, Qt::Key_Escape);
+        QTRY_VERIFY(!stage.root->presentedViewController());
+    }
+
+    void thePickerMarksAndTakesAChoice()
+    {
+        ConversationStage stage(m_phone);
+        QVERIFY(scene(u"picker-to"_s).play(stage));
+        QVERIFY(stateOf(stage.probe.named(u"हिंदी"_s)).checked);
+        QVERIFY(!stateOf(stage.probe.named(u"తెలుగు"_s)).checked);
+        QVERIFY(stage.press(u"తెలుగు"_s));
+        QVERIFY(stateOf(stage.probe.named(u"తెలుగు"_s)).checked);
+        QVERIFY(!stateOf(stage.probe.named(u"हिंदी"_s)).checked);
+        QVERIFY(stage.probe.showing(u"సంభాషణను ప్రారంభించడానికి మైక్ నొక్కండి"_s));
+        // What lies under the sheet is out of reach.
+        QVERIFY(!stage.probe.controlNames().contains(u"Back"_s));
+    }
+
+    void thePickerGoesWhenTheDimmedScreenIsTapped()
+    {
+        ConversationStage stage(m_phone);
+        QVERIFY(scene(u"picker-from"_s).play(stage));
+        QTest::mouseClick(&stage.window, Qt::LeftButton, {},
+                          stage.probe.showing(u"Translate from"_s)->mapToScene({5, 5}).toPoint());
+        QVERIFY(
+            stage.screen->languageSelectionView()->isShown()); // beside the sheet's controls is not beside the sheet
+        QTest::mouseClick(&stage.window, Qt::LeftButton, {}, {195, 100});
+        QVERIFY(!stage.screen->languageSelectionView()->isShown());
+        stage.platform.clock->advance(spring::duration);
+        QVERIFY(!stage.probe.named(u"Translate from"_s));
+        QVERIFY(stage.probe.controlNames().contains(u"Back"_s));
+    }
+
+    void thePickerSpringsInPastItsPlace()
+    {
+        ConversationStage stage(m_phone);
+        QVERIFY(stage.press(u"Speaker language: English"_s));
+        QQuickItem *const row = stage.probe.named(u"English"_s);
+        QVERIFY(row);
+        qreal highest = stage.window.height();
+        QVERIFY(QTest::qWaitFor([&] {
+            highest = std::min(highest, row->mapToScene({0, 0}).y());
+            return !stage.probe.named(u"Translate from"_s)->property("moving").toBool();
+        }));
+        const qreal rest = row->mapToScene({0, 0}).y();
+        QCOMPARE(rest, stage.window.height() - stage.screen->languageSelectionView()->sheetHeight() + 63);
+        QVERIFY2(highest < rest, "a spring with damping 0.7 overshoots");
+    }
+
+    void thePickerFollowsTheFingerAndClosesWhenDraggedHalfway_data()
+    {
+        QTest::addColumn<int>("by");
+        QTest::addColumn<bool>("closes");
+        QTest::newRow("up") << -200 << false;
+        QTest::newRow("a little") << 120 << false;
+        QTest::newRow("most of it") << 320 << true;
+    }
+    void thePickerFollowsTheFingerAndClosesWhenDraggedHalfway()
+    {
+        QFETCH(int, by);
+        QFETCH(bool, closes);
+        ConversationStage stage(m_phone);
+        QVERIFY(scene(u"picker-from"_s).play(stage));
+        QQuickItem *const row = stage.probe.named(u"मराठी"_s);
+        const QPoint grip = row->mapToScene(row->boundingRect().center()).toPoint();
+        drag(stage.window, grip, by);
+        QCOMPARE(stage.screen->languageSelectionView()->isShown(), !closes);
+        QCOMPARE(stage.languages.language(Side::Speaker), LanguageOption::english); // a drag is no press
+        QVERIFY(stage.settle());
+        if (!closes)
+            QCOMPARE(row->mapToScene(row->boundingRect().center()).toPoint(), grip);
+    }
+
+    void theInformationPageComesAndGoes()
+    {
+        ConversationStage stage(m_phone);
+        QVERIFY(scene(u"information"_s).play(stage));
+        QVERIFY(stage.probe.showing(u"How it works"_s));
+        QCOMPARE(stage.probe.controlNames(), QStringList(u"Close"_s));
+        QVERIFY(stage.press(u"Close"_s));
+        QTRY_VERIFY(!stage.probe.showing(u"How it works"_s));
+        QVERIFY(stage.probe.controlNames().contains(u"Back"_s));
+    }
+
+    void anAlertLiesOverTheScreenAndGivesItBack()
+    {
+        ConversationStage stage(m_phone);
+        QVERIFY(scene(u"alert"_s).play(stage));
+        QCOMPARE(stage.probe.controlNames(), QStringList(u"Ok"_s));
+        QVERIFY(stage.press(u"Ok"_s));
+        QTRY_VERIFY(stage.probe.controlNames().contains(u"Back"_s));
+        QVERIFY(stage.listen(Side::Speaker));
+    }
+};
+
+QTEST_MAIN(ConversationViewsTest)
+#include "tst_conversation_views.moc"
