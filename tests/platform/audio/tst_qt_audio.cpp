@@ -28,16 +28,15 @@ QByteArray ramp(int count, int first = 0)
     return bytes;
 }
 
-QByteArray withoutSilenceAround(const QByteArray &pcm)
+/// The samples that are not zero: a busy machine may leave gaps, but it loses and repeats nothing.
+QByteArray withoutSilence(const QByteArray &pcm)
 {
-    qsizetype begin = 0;
-    qsizetype end = pcm.size() & ~qsizetype(1);
-    const auto isZero = [&](qsizetype at) { return pcm[at] == 0 && pcm[at + 1] == 0; };
-    while (begin < end && isZero(begin))
-        begin += 2;
-    while (end > begin && isZero(end - 2))
-        end -= 2;
-    return pcm.mid(begin, end - begin);
+    QByteArray sound;
+    for (qsizetype at = 0; at + 1 < pcm.size(); at += 2) {
+        if (pcm[at] != 0 || pcm[at + 1] != 0)
+            sound += pcm.mid(at, 2);
+    }
+    return sound;
 }
 
 /// What is heard in the room while this object lives.
@@ -135,8 +134,8 @@ private slots:
             },
             20'000));
         QCOMPARE(ends.copy(), QStringList{""});
-        const bool whole = QTest::qWaitFor([&] { return withoutSilenceAround(room.heard()) == sound; }, 5'000);
-        const QByteArray heard = withoutSilenceAround(room.heard());
+        const bool whole = QTest::qWaitFor([&] { return withoutSilence(room.heard()) == sound; }, 5'000);
+        const QByteArray heard = withoutSilence(room.heard());
         QVERIFY2(whole, qPrintable(QStringLiteral("%1 of %2 bytes, those at %3")
                                        .arg(heard.size())
                                        .arg(sound.size())
@@ -149,7 +148,7 @@ private slots:
         QtAudioPlayer player;
         QVERIFY(player.start(speakerFormat));
         player.write(ramp(PulseServer::speakerRateHz * 10));
-        const auto heardBytes = [&] { return withoutSilenceAround(room.heard()).size(); };
+        const auto heardBytes = [&] { return withoutSilence(room.heard()).size(); };
         QTRY_VERIFY_WITH_TIMEOUT(heardBytes() > 6400, 20'000);
 
         const qsizetype before = heardBytes();
