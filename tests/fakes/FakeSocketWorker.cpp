@@ -103,12 +103,15 @@ struct FakeSocket::State : std::enable_shared_from_this<FakeSocket::State> {
         });
     }
 
-    /// A client that was destroyed has no connection any more: what the server sends reaches nobody.
+    /// A client that was destroyed has no connection any more: what the server sends reaches nobody. A closing one
+    /// drops messages.
     bool deliverWhile(bool allowed, const char *what, const WebSocketEvent &event)
     {
         if (alive && !allowed)
             qFatal("a socket that is not in the state for it was told: %s", what);
-        return alive && deliver(event);
+        const bool isMessage =
+            std::holds_alternative<websocket::Text>(event) || std::holds_alternative<websocket::Binary>(event);
+        return alive && !(closing && isMessage) && deliver(event);
     }
 
     [[nodiscard]] bool isOpen() const { return phase == Phase::Connected; }
@@ -212,6 +215,11 @@ bool FakeSocket::isConnecting() const
 bool FakeSocket::isConnected() const
 {
     return m_state->alive && m_state->isOpen() && !m_state->closing;
+}
+
+bool FakeSocket::hasEnded() const
+{
+    return m_state->phase == Phase::Ended;
 }
 
 WebSocketRequest FakeSocket::request() const

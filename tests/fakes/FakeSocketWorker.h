@@ -30,8 +30,8 @@ struct FakeSocketClose {
 /// The server's end of one client that was made. A handle, good after the client is gone. Test's thread.
 ///
 /// The functions that deliver run the client's handler before they return; false means that nobody heard, because the
-/// client has been destroyed. What a server cannot do (a message before the upgrade, anything after the end) ends the
-/// test program.
+/// client has been destroyed, or drops messages because it is closing. What a server cannot do (a message before the
+/// upgrade, anything after the end) ends the test program.
 class FakeSocket {
 public:
     struct State;
@@ -40,6 +40,7 @@ public:
     [[nodiscard]] bool isAlive() const;      ///< The client has not been destroyed.
     [[nodiscard]] bool isConnecting() const; ///< `connect` was called, and nothing has come of it yet.
     [[nodiscard]] bool isConnected() const;  ///< Neither the peer nor the client has ended it.
+    [[nodiscard]] bool hasEnded() const;     ///< Its last event has come; a destroyed client ends without one.
     [[nodiscard]] WebSocketRequest request() const;
 
     /// What has reached the server: nothing of what the client sends before it is connected.

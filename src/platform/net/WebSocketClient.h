@@ -95,6 +95,7 @@ public:
     virtual void sendText(QByteArray utf8) = 0;
     virtual void sendBinary(QByteArray data) = 0;
     /// Starts the closing handshake after what was sent; it has 5 s, then Disconnected comes anyway, with `code`.
+    /// Messages that arrive meanwhile are dropped.
     virtual void close(std::uint16_t code, const QByteArray &reason) = 0;
 };
 
