@@ -93,9 +93,11 @@ std::string text(const json::object &object, std::string_view name)
 
 void check(const Kind &kind, const json::object &given)
 {
-    for (const auto &[name, value] : given) {
+    for (const auto &member : given) {
+        const std::string_view name = member.key();
+        const json::value &value = member.value();
         const auto parameter = std::find_if(kind.parameters.begin(), kind.parameters.end(),
-                                            [&](const Parameter &p) { return p.name == std::string_view(name); });
+                                            [name](const Parameter &p) { return p.name == name; });
         if (parameter == kind.parameters.end())
             refuse("\"" + std::string(kind.name) + "\" has no parameter \"" + std::string(name) + "\"");
         if (parameter->isText) {
