@@ -74,31 +74,32 @@ SpeachToTextViewModel::~SpeachToTextViewModel() = default;
 
 void SpeachToTextViewModel::startSpeechRecognition(bool isSpeaker, ResultHandler onResult)
 {
-    m_controlQueue.async([weak = weak_from_this(), isSpeaker, onResult = std::move(onResult)] {
+    auto config = SpeechConfig::fromSubscription(m_sub, m_region);
+    if (!config)
+        fatalError("No speech configuration can be made: "_L1 + config.error());
+    config->setSpeechRecognitionLanguage(m_languages.recognitionLocale(isSpeaker ? Side::Speaker : Side::Listener));
+    m_wasStarted = true;
+    m_controlQueue.async([weak = weak_from_this(), config = *config, onResult = std::move(onResult)] {
         if (const auto self = weak.lock())
-            self->start(isSpeaker, onResult);
+            self->start(config, onResult);
     });
 }
 
 void SpeachToTextViewModel::stopSpeechRecognition()
 {
+    if (!m_wasStarted)
+        fatalError(u"Speech recognition was stopped before it was ever started."_s);
     m_controlQueue.async([weak = weak_from_this()] {
         if (const auto self = weak.lock())
             self->stop();
     });
 }
 
-void SpeachToTextViewModel::start(bool isSpeaker, const ResultHandler &onResult)
+void SpeachToTextViewModel::start(SpeechConfig config, const ResultHandler &onResult)
 {
-    auto config = SpeechConfig::fromSubscription(m_sub, m_region);
-    if (!config)
-        fatalError("No speech configuration can be made: "_L1 + config.error());
-    config->setSpeechRecognitionLanguage(m_languages.recognitionLocale(isSpeaker ? Side::Speaker : Side::Listener));
-    m_speechConfig = *config;
-
     const PushAudioInputStream stream = PushAudioInputStream::create();
     m_pushStream = stream;
-    const auto made = Platform::current()->speechService->makeRecognizer(*config, AudioConfig::fromStreamInput(stream));
+    const auto made = Platform::current()->speechService->makeRecognizer(config, AudioConfig::fromStreamInput(stream));
     if (!made)
         fatalError("No speech recognizer can be made: "_L1 + made.error());
     m_reco = *made;
@@ -117,7 +118,7 @@ void SpeachToTextViewModel::start(bool isSpeaker, const ResultHandler &onResult)
                     (details.errorDetails.isEmpty() ? u"(no result)"_s : details.errorDetails));
     };
     // After the recogniser was made, deliberately: the configuration is a handle, read when recognition starts.
-    config->enableDictation();
+    config.enableDictation();
 
     // A failure is said and the microphone started regardless, deliberately: stopping works the same either way.
     if (const auto started = m_reco->startContinuousRecognition(); !started)
@@ -145,8 +146,6 @@ void SpeachToTextViewModel::captureAudio(const PushAudioInputStream &stream)
 
 void SpeachToTextViewModel::stop()
 {
-    if (!m_pushStream)
-        fatalError(u"Speech recognition was stopped before it was ever started."_s);
     m_audioEngine->stop();
     m_audioEngine->removeTap();
     m_pushStream->close();

@@ -45,7 +45,7 @@ public:
     void stopSpeechRecognition();
 
 private:
-    void start(bool isSpeaker, const ResultHandler &onResult);
+    void start(SpeechConfig config, const ResultHandler &onResult);
     void captureAudio(const PushAudioInputStream &stream);
     void stop();
 
@@ -53,9 +53,10 @@ private:
     const QString m_region;
     const LanguageTranslation &m_languages;
 
+    bool m_wasStarted = false;
+
     // On the control queue only.
     std::unique_ptr<AudioEngine> m_audioEngine;
-    std::optional<SpeechConfig> m_speechConfig;
     std::optional<PushAudioInputStream> m_pushStream;
     std::shared_ptr<SpeechRecognizer> m_reco;
 

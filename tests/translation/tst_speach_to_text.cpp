@@ -106,7 +106,6 @@ private slots:
         start(true);
         QTRY_VERIFY(listens());
         const FakeRecognition first = recognition();
-        first.isAlive();
         start(false);
         QTRY_COMPARE(m_platform->speechService->recognitionCount(), 2);
         QTRY_COMPARE(capture().installTapCount(), 2);
@@ -159,15 +158,11 @@ private slots:
 
     void programmingErrorsEndTheProcess()
     {
-        QVERIFY(!fatalErrorOf([this] {
-                     m_model->stopSpeechRecognition(); // never started
-                     QTest::qWait(10'000);
-                 }).isNull());
+        QVERIFY(!fatalErrorOf([this] { m_model->stopSpeechRecognition(); }).isNull()); // never started
         const VLApiManager withoutKeys;
         QVERIFY(!fatalErrorOf([&] {
                      const auto model = std::make_shared<SpeachToTextViewModel>(withoutKeys, *m_languages);
                      model->startSpeechRecognition(true, {});
-                     QTest::qWait(10'000);
                  }).isNull());
         QVERIFY(!fatalErrorOf([] {
                      static_cast<void>(wholeDuration(Ticks(std::numeric_limits<std::int64_t>::max())));
