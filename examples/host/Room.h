@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QTemporaryDir>
 
 #include <chrono>
 #include <memory>
@@ -9,6 +10,8 @@
 
 #include "platform/audio/AudioEngine.h"
 #include "platform/audio/AudioPlayer.h"
+#include "platform/audio/WavMicrophone.h"
+#include "platform/dispatch/Guarded.h"
 
 namespace host {
 
@@ -21,9 +24,8 @@ public:
     enum class Speed { RealTime, AsFastAsAccepted };
 
     explicit Room(Speed speed);
-    ~Room();
 
-    [[nodiscard]] std::unique_ptr<vynlex::AudioEngine> makeAudioEngine();
+    [[nodiscard]] std::unique_ptr<vynlex::AudioEngine> makeAudioEngine() const;
     [[nodiscard]] std::unique_ptr<vynlex::AudioPlayer> makeAudioPlayer();
 
     /// Says a recording: the running microphone hears it now, or the next one from its start. Fails with one line when
@@ -33,12 +35,15 @@ public:
     /// When the last of what was said had been delivered; nothing while it is under way.
     [[nodiscard]] std::optional<std::chrono::steady_clock::time_point> speechEnded() const;
 
-    /// The next sound from the loudspeaker goes into this file.
+    /// The next sound from the loudspeaker goes into this file; sounds that nobody asked for go into a temporary one.
     void record(const QString &wavFile);
 
 private:
-    struct State;
-    std::shared_ptr<State> m_state;
+    const Speed m_speed;
+    vynlex::WavMicrophone m_microphone;
+    QTemporaryDir m_temporary;
+    vynlex::Guarded<QString> m_recording;
+    std::shared_ptr<vynlex::Guarded<std::optional<std::chrono::steady_clock::time_point>>> m_speechEnded;
 };
 
 } // namespace host

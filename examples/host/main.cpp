@@ -53,18 +53,22 @@ QString sandboxProgram(const host::Options &options)
 }
 
 /// The device: its own microphone and loudspeaker where there are any, files otherwise.
-Platform devicePlatform(host::Room &room, const QString &settingsFile, bool headless, bool hasMicrophone)
-{
+struct Device {
     Platform platform = Platform::shipped();
-    if (headless) {
-        // A demonstration leaves the user's own choices alone.
-        platform.userDefaults = std::make_shared<QSettingsUserDefaults>(settingsFile);
-        platform.makeAudioPlayer = [&room] { return room.makeAudioPlayer(); };
+    bool hasMicrophone = true;
+
+    Device(host::Room &room, const QString &settingsFile, bool headless)
+        : hasMicrophone(!headless && platform.makeAudioEngine()->inputFormat().sampleRateHz > 0)
+    {
+        if (!hasMicrophone)
+            platform.makeAudioEngine = [&room] { return room.makeAudioEngine(); };
+        if (headless) {
+            platform.makeAudioPlayer = [&room] { return room.makeAudioPlayer(); };
+            // A demonstration leaves the user's own choices alone.
+            platform.userDefaults = std::make_shared<QSettingsUserDefaults>(settingsFile);
+        }
     }
-    if (!hasMicrophone)
-        platform.makeAudioEngine = [&room] { return room.makeAudioEngine(); };
-    return platform;
-}
+};
 
 } // namespace
 
@@ -95,13 +99,13 @@ int main(int argc, char **argv)
 
     const QTemporaryDir settings;
     host::Room room(headless && !options->realTime ? host::Room::Speed::AsFastAsAccepted : host::Room::Speed::RealTime);
-    const bool hasMicrophone = !headless && Platform::shipped().makeAudioEngine()->inputFormat().sampleRateHz > 0;
-    Platform::install(devicePlatform(room, settings.filePath(u"settings.ini"_s), headless, hasMicrophone));
+    Device device(room, settings.filePath(u"settings.ini"_s), headless);
+    Platform::install(std::move(device.platform));
     KitFont::shared().setScale(options->fontScale);
 
     host::Stage stage(options->size);
     if (!headless)
-        return host::runWindowed(stage, room, !hasMicrophone);
+        return host::runWindowed(stage, room, !device.hasMicrophone);
     if (const auto played = host::runHeadless(*options, stage, room); !played)
         return complain(played.error());
     return EXIT_SUCCESS;

@@ -1,0 +1,32 @@
+#include "platform/audio/QtAudioEngine.h"
+#include "platform/audio/QtAudioPlayer.h"
+#include "platform/audio/QtAudioSession.h"
+#include "platform/device/Platform.h"
+#include "platform/dispatch/SystemClock.h"
+#include "platform/net/BeastSocketWorker.h"
+#include "platform/net/CurlHttpTransport.h"
+#include "platform/speech/CloudSpeechService.h"
+#include "platform/storage/QSettingsUserDefaults.h"
+
+namespace vynlex {
+
+Platform Platform::shipped()
+{
+    Platform platform;
+    platform.clock = std::make_shared<SystemClock>();
+    platform.userDefaults = std::make_shared<QSettingsUserDefaults>();
+    platform.makeHttpTransport = [](const HttpSessionConfiguration &configuration) {
+        return std::make_unique<CurlHttpTransport>(configuration);
+    };
+    platform.httpSession = std::make_shared<CurlHttpTransport>();
+    platform.socketWorker = std::make_shared<BeastSocketWorker>();
+    platform.makeAudioEngine = [] { return std::make_unique<QtAudioEngine>(); };
+    platform.makeAudioPlayer = [] { return std::make_unique<QtAudioPlayer>(); };
+    platform.audioSession = std::make_shared<QtAudioSession>();
+    // Through the current platform: a host that brings its own loudspeaker means speech above all.
+    platform.speechService = std::make_shared<CloudSpeechService>(
+        platform.socketWorker, [] { return Platform::current()->makeAudioPlayer(); });
+    return platform;
+}
+
+} // namespace vynlex
