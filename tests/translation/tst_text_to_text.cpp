@@ -36,7 +36,7 @@ private slots:
     void theRequestIsWhatTheTranslatorExpects()
     {
         translate(u"नमस्ते"_s, u"te"_s);
-        const HttpRequest &request = m_platform->network->request(0);
+        const HttpRequest request = m_platform->network->request(0);
         QCOMPARE(request.method, QByteArray("POST"));
         QCOMPARE(request.url.toString(QUrl::FullyEncoded),
                  u"https://api.cognitive.microsofttranslator.com/translate?api-version=3.0&to=te"_s);
@@ -51,7 +51,7 @@ private slots:
     {
         m_apiManager->translatedConfig.reset();
         translate({}, u"hi"_s);
-        const HttpRequest &request = m_platform->network->request(0);
+        const HttpRequest request = m_platform->network->request(0);
         QCOMPARE(request.headers.at(0).second, QByteArray(""));
         QCOMPARE(request.headers.at(2).second, QByteArray(""));
         QCOMPARE(request.body, QByteArray(R"([{"Text":""}])"));
