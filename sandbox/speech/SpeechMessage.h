@@ -1,11 +1,15 @@
 #pragma once
 
+#include <boost/json/object.hpp>
+
 #include <cstdint>
-#include <map>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
+
+#include "sandbox/server/WebSocketConnection.h"
 
 namespace sandbox {
 
@@ -19,31 +23,34 @@ public:
     }
     [[nodiscard]] std::uint16_t code() const { return m_code; }
 
-    static constexpr std::uint16_t violation = 1002;   ///< missing or malformed headers
-    static constexpr std::uint16_t invalidData = 1007; ///< bad framing, unusable content
+    static constexpr std::uint16_t violation = 1002;     ///< missing or malformed headers, reused request ids
+    static constexpr std::uint16_t invalidData = 1007;   ///< bad framing, unusable content
+    static constexpr std::uint16_t internalError = 1011; ///< not the peer's fault
+    static constexpr std::uint16_t throttled = 4429;     ///< too much at once
 
 private:
     std::uint16_t m_code;
 };
 
-/// A message of the speech protocol: header lines and a body.
+/// A message from a client: header lines and a body.
 struct SpeechMessage {
-    std::string path;      ///< as it came; compare with `isPath`
-    std::string requestId; ///< 32 hexadecimal digits, in lower case
+    std::string path;      ///< in lower case: it does not count
+    std::string requestId; ///< 32 hexadecimal digits, as they came
     std::string body;
-
-    /// Letter case does not count in paths.
-    [[nodiscard]] bool isPath(std::string_view other) const;
 };
 
-/// Parses a text message: header lines ended by CRLF, an empty line, the body. Throws ProtocolError.
-[[nodiscard]] SpeechMessage parseTextMessage(std::string_view data);
+/// Takes a message apart. Text: header lines that end in CRLF, an empty line, the body. Binary: two bytes of header
+/// length (big-endian), header lines, the body. "audio" is binary, everything else is text.
+///
+/// Throws ProtocolError: 1007 for bad framing, 1002 when Path, X-RequestId or X-Timestamp is missing or malformed.
+[[nodiscard]] SpeechMessage parseSpeechMessage(const WebSocketMessage &message);
 
-/// Parses a binary message: two bytes of header length (big-endian), header lines, the body. Throws ProtocolError.
-[[nodiscard]] SpeechMessage parseBinaryMessage(std::string_view data);
+/// The body as JSON. Throws ProtocolError (1007) when it is no object.
+[[nodiscard]] boost::json::object jsonBody(const SpeechMessage &message);
 
 using SpeechHeaders = std::vector<std::pair<std::string_view, std::string_view>>;
 
+/// Clients cut at the first empty line, some at the second too: `json` must have none.
 [[nodiscard]] std::string textMessage(std::string_view path, std::string_view requestId, std::string_view json);
 [[nodiscard]] std::string binaryMessage(const SpeechHeaders &headers, std::string_view body);
 
@@ -51,7 +58,5 @@ using SpeechHeaders = std::vector<std::pair<std::string_view, std::string_view>>
 [[nodiscard]] bool isIdentifier(std::string_view text);
 /// A new one, lower case.
 [[nodiscard]] std::string makeIdentifier();
-
-[[nodiscard]] bool equalsIgnoringCase(std::string_view a, std::string_view b);
 
 } // namespace sandbox

@@ -1,6 +1,8 @@
 #include "sandbox/speech/SpeechRoutes.h"
 
 #include <array>
+#include <string>
+#include <vector>
 
 #include "sandbox/speech/RecognitionSession.h"
 #include "sandbox/speech/SpeechUpgrade.h"
@@ -10,9 +12,6 @@ namespace sandbox {
 namespace {
 
 namespace asio = boost::asio;
-
-/// One per cloud: regions that begin with "china" or "usgov" have their own.
-constexpr std::array<std::string_view, 3> clouds = {"microsoft.com", "azure.cn", "azure.us"};
 
 /// Clients of different ages ask for different paths; what they have in common is the protocol.
 constexpr std::array<std::string_view, 5> recognitionPaths = {
@@ -26,6 +25,27 @@ constexpr std::array<std::string_view, 2> synthesisPaths = {
     "/tts/cognitiveservices/websocket/v1",
     "/cognitiveservices/websocket/v1",
 };
+
+std::string_view cloudOf(std::string_view region)
+{
+    if (region.starts_with("china"))
+        return "azure.cn";
+    return region.starts_with("usgov") ? "azure.us" : "microsoft.com";
+}
+
+/// `service` is "stt" or "tts".
+std::vector<std::string> hosts(std::string_view service, const Subscription &subscription)
+{
+    const auto host = [service](std::string_view region, std::string_view cloud) {
+        return std::string(region).append(".").append(service).append(".speech.").append(cloud);
+    };
+    std::vector<std::string> all;
+    for (const std::string &region : subscription.regions)
+        all.push_back(host(region, cloudOf(region)));
+    if (all.empty())
+        all = {host("*", "microsoft.com"), host("*", "azure.cn"), host("*", "azure.us")};
+    return all;
+}
 
 WebSocketHandler recognition(const std::shared_ptr<SpeechService> &service)
 {
@@ -49,16 +69,19 @@ WebSocketHandler synthesis(const std::shared_ptr<SpeechService> &service)
 
 void addSpeechRoutes(const std::shared_ptr<SpeechService> &service)
 {
-    service->server.faults.declarePoint(
-        "recognition.turn", {"silence", "drop", "endEarly", "close", "reset", "garbledPhrase", "status", "latency"});
-    service->server.faults.declarePoint("synthesis.turn",
-                                        {"silence", "drop", "noAudio", "stall", "close", "reset", "latency"});
+    FaultBoard &faults = service->server.faults;
+    faults.declarePoint("recognition.turn",
+                        {"silence", "drop", "endEarly", "close", "reset", "garbledPhrase", "status", "latency"});
+    faults.declarePoint("synthesis.turn",
+                        {"silence", "drop", "noAudio", "stall", "endEarly", "close", "reset", "latency"});
     Router &router = service->server.router;
-    for (const std::string_view cloud : clouds) {
+    for (const std::string &host : hosts("stt", service->subscription)) {
         for (const std::string_view path : recognitionPaths)
-            router.addWebSocket("*.stt.speech." + std::string(cloud), std::string(path), recognition(service));
+            router.addWebSocket(host, std::string(path), recognition(service));
+    }
+    for (const std::string &host : hosts("tts", service->subscription)) {
         for (const std::string_view path : synthesisPaths)
-            router.addWebSocket("*.tts.speech." + std::string(cloud), std::string(path), synthesis(service));
+            router.addWebSocket(host, std::string(path), synthesis(service));
     }
 }
 

@@ -1,25 +1,35 @@
 #include "sandbox/speech/SpeechUpgrade.h"
 
+#include <boost/beast/core/string.hpp>
+#include <boost/json/object.hpp>
+#include <boost/json/serialize.hpp>
+
 #include <algorithm>
 #include <array>
+#include <charconv>
 
+#include "sandbox/server/HttpSession.h"
 #include "sandbox/server/Target.h"
 #include "sandbox/speech/SpeechMessage.h"
 
 namespace sandbox {
 namespace {
 
-constexpr std::array<std::string_view, 7> locales = {"en-US", "en-IN", "hi-IN", "gu-IN", "mr-IN", "bn-IN", "te-IN"};
+using boost::beast::iequals;
 
-HttpResponse answer(const HttpRequest &request, boost::beast::http::status status, std::string text)
+constexpr std::array<std::string_view, 7> locales = {"en-US", "en-IN", "hi-IN", "gu-IN", "mr-IN", "bn-IN", "te-IN"};
+constexpr int longestSilenceMs = 600'000;
+
+HttpResponse refusal(unsigned status, std::string_view message)
 {
-    HttpResponse response(status, request.version());
-    response.set(boost::beast::http::field::content_type, "text/plain; charset=utf-8");
-    response.body() = std::move(text);
-    return response;
+    boost::json::object error;
+    error["code"] = std::to_string(status);
+    error["message"] = message;
+    boost::json::object body;
+    body["error"] = std::move(error);
+    return jsonResponse(status, boost::json::serialize(body));
 }
 
-/// A header, or the parameter of the same name: browsers cannot set headers, and their clients copy them.
 std::string headerOrParameter(const HttpRequest &request, const Target &target, std::string_view name)
 {
     const auto header = request.find(name);
@@ -29,36 +39,56 @@ std::string headerOrParameter(const HttpRequest &request, const Target &target, 
     return parameter ? *parameter : std::string();
 }
 
+std::optional<std::chrono::milliseconds> milliseconds(const std::string &text)
+{
+    int value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc{} || end != text.data() + text.size() || value <= 0 || value > longestSilenceMs)
+        return std::nullopt;
+    return std::chrono::milliseconds(value);
+}
+
 } // namespace
+
+std::optional<RecognitionMode> recognitionModeNamed(std::string_view name)
+{
+    if (iequals(name, "dictation"))
+        return RecognitionMode::Dictation;
+    if (iequals(name, "conversation"))
+        return RecognitionMode::Conversation;
+    if (iequals(name, "interactive"))
+        return RecognitionMode::Interactive;
+    return std::nullopt;
+}
 
 std::optional<HttpResponse> refusalOf(const HttpRequest &request, const Subscription &subscription)
 {
-    using boost::beast::http::status;
     const auto target = Target::parse(request.target());
     if (!target)
-        return answer(request, status::bad_request, "The request target cannot be read.");
-    const std::string_view host = request[boost::beast::http::field::host];
-    const bool goodKey = subscription.acceptsKey(headerOrParameter(request, *target, "Ocp-Apim-Subscription-Key"));
-    if (!goodKey || !subscription.acceptsRegion(host.substr(0, host.find('.'))))
-        return answer(request, status::unauthorized, "The subscription key is missing or wrong.");
+        return refusal(400, "The request target cannot be read.");
+    if (!subscription.acceptsKey(headerOrParameter(request, *target, "Ocp-Apim-Subscription-Key")))
+        return refusal(401, "The subscription key is missing or wrong.");
     if (!isIdentifier(headerOrParameter(request, *target, "X-ConnectionId")))
-        return answer(request, status::bad_request, "X-ConnectionId is missing or no identifier.");
+        return refusal(400, "X-ConnectionId is missing or not 32 hexadecimal digits.");
     return std::nullopt;
 }
 
 std::optional<HttpResponse> recognitionRefusalOf(const HttpRequest &request, const Subscription &subscription)
 {
-    using boost::beast::http::status;
-    if (auto refusal = refusalOf(request, subscription))
-        return refusal;
+    if (auto refused = refusalOf(request, subscription))
+        return refused;
     const auto target = Target::parse(request.target());
     const std::string *const language = target->first("language");
-    const auto isLanguage = [&](std::string_view locale) { return language && equalsIgnoringCase(*language, locale); };
-    if (std::ranges::none_of(locales, isLanguage))
-        return answer(request, status::bad_request, "The language parameter is missing or not supported.");
+    if (!language)
+        return refusal(400, "The language parameter is missing.");
+    if (std::ranges::none_of(locales, [&](std::string_view locale) { return iequals(*language, locale); }))
+        return refusal(400, "There is no recognition of the language " + *language + ".");
     const std::string *const format = target->first("format");
-    if (format && *format != "simple" && *format != "detailed")
-        return answer(request, status::bad_request, "The format parameter is neither simple nor detailed.");
+    if (format && !iequals(*format, "simple") && !iequals(*format, "detailed"))
+        return refusal(400, "The format parameter is neither simple nor detailed.");
+    const std::string *const silence = target->first("initialSilenceTimeoutMs");
+    if (silence && !milliseconds(*silence))
+        return refusal(400, "The initialSilenceTimeoutMs parameter is not a number of milliseconds from 1 to 600000.");
     return std::nullopt;
 }
 
@@ -66,17 +96,17 @@ RecognitionParameters recognitionParametersOf(const HttpRequest &request)
 {
     const Target target = *Target::parse(request.target());
     RecognitionParameters parameters;
-    if (target.path.find("/dictation/") != std::string::npos)
-        parameters.mode = RecognitionParameters::Mode::Dictation;
-    else if (target.path.find("/interactive/") != std::string::npos)
-        parameters.mode = RecognitionParameters::Mode::Interactive;
+    for (const std::string_view mode : {"dictation", "conversation", "interactive"}) {
+        if (target.path.starts_with("/speech/recognition/" + std::string(mode) + "/"))
+            parameters.mode = recognitionModeNamed(mode);
+    }
     const std::string &language = *target.first("language");
     parameters.locale =
-        *std::ranges::find_if(locales, [&](std::string_view locale) { return equalsIgnoringCase(language, locale); });
-    if (parameters.locale == "en-IN")
-        parameters.locale = "en-US"; // one English model serves both
+        *std::ranges::find_if(locales, [&](std::string_view locale) { return iequals(language, locale); });
     const std::string *const format = target.first("format");
-    parameters.detailed = format && *format == "detailed";
+    parameters.detailed = format && iequals(*format, "detailed");
+    if (const std::string *const silence = target.first("initialSilenceTimeoutMs"))
+        parameters.initialSilence = milliseconds(*silence);
     return parameters;
 }
 

@@ -1,16 +1,19 @@
 #pragma once
 
 #include <boost/asio/awaitable.hpp>
+#include <boost/json/object.hpp>
 
 #include <atomic>
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
-#include "sandbox/server/FaultBoard.h"
+#include "sandbox/speech/SpeechFault.h"
 #include "sandbox/speech/SpeechMessage.h"
 #include "sandbox/speech/SpeechRoutes.h"
 #include "sandbox/speech/Ssml.h"
@@ -37,26 +40,37 @@ public:
     boost::asio::awaitable<void> serve();
 
 private:
+    /// What a client says about how its next text is to be spoken.
+    struct Context {
+        OutputFormat format;
+        bool sessionEnd = true; ///< tell how long the audio was
+    };
     struct Request {
         std::string id;
-        OutputFormat format;
+        Context context;
         std::vector<SpokenText> spoken;
         std::shared_ptr<std::atomic<bool>> stopped = std::make_shared<std::atomic<bool>>(false);
     };
-    struct Sound;
+    class Sound;
 
     void handle(const SpeechMessage &message);
+    void setContext(const SpeechMessage &message);
+    void enqueue(const SpeechMessage &message);
+    void control(const SpeechMessage &message);
+
     boost::asio::awaitable<void> speakAll();
     boost::asio::awaitable<void> speak(const Request &request);
-    /// False when a fault ended the turn in the middle.
-    boost::asio::awaitable<bool> sendSound(const Request &request, const std::shared_ptr<Sound> &sound,
-                                           const std::string &streamId,
-                                           const std::optional<FaultBoard::PointFault> &fault);
-    boost::asio::awaitable<void> sendText(std::string_view path, const Request &request, const std::string &json);
+    void startVoices(const Request &request, const std::shared_ptr<Sound> &sound);
+    enum class After { TurnEnd, Nothing };
+    boost::asio::awaitable<After> sendSound(const Request &request, Sound &sound, const std::string &streamId,
+                                            const SpeechFault &fault);
+    boost::asio::awaitable<void> send(std::string_view path, const Request &request, const boost::json::object &body);
 
     std::shared_ptr<SpeechService> m_service;
     std::shared_ptr<WebSocketConnection> m_connection;
-    OutputFormat m_format;
+    bool m_configured = false;
+    std::map<std::string, Context> m_contexts; ///< by request id, until their text comes
+    std::unordered_set<std::string> m_usedIds;
     std::deque<Request> m_requests; ///< the first one is being spoken while `m_speaking`
     bool m_speaking = false;
     bool m_over = false;

@@ -1,0 +1,691 @@
+#include "MemoryConnection.h"
+#include "ScriptedEngines.h"
+
+#include "sandbox/speech/SpeechMessage.h"
+#include "sandbox/speech/SpeechRoutes.h"
+
+#include <QTest>
+
+#include <boost/asio/co_spawn.hpp>
+#include <boost/asio/detached.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/json/array.hpp>
+#include <boost/json/parse.hpp>
+
+#include <algorithm>
+#include <functional>
+#include <stdexcept>
+
+using namespace sandbox;
+using namespace sandbox::test;
+using namespace std::chrono_literals;
+namespace json = boost::json;
+
+namespace {
+
+const std::string first(32, 'a');
+const std::string second(32, 'b');
+constexpr std::string_view dictation = "/speech/recognition/dictation/cognitiveservices/v1";
+constexpr std::string_view interactive = "/speech/recognition/interactive/cognitiveservices/v1";
+constexpr std::string_view universal = "/stt/speech/universal/v2";
+constexpr std::string_view synthesis = "/tts/cognitiveservices/websocket/v1";
+const std::string wave("RIFF\0\0\0\0WAVEfmt \x10\0\0\0\1\0\1\0\x80\x3e\0\0\0\x7d\0\0\2\0\x10\0data\0\0\0\0", 44);
+constexpr std::size_t chunk = 3200; // bytes of 100 ms
+
+/// JSON, written with single quotation marks.
+std::string quoted(std::string text)
+{
+    std::ranges::replace(text, '\'', '"');
+    return text;
+}
+
+RecognisedPhrase phrase(std::string text, Ticks offset = 0ms, Ticks duration = 1s)
+{
+    return {std::move(text), offset, duration, 0.9};
+}
+
+/// One connection to a service on scripted engines.
+class Conversation {
+public:
+    ~Conversation()
+    {
+        connection->hangUp();
+        gate.open();
+        run([this] { return over; });
+    }
+
+    std::shared_ptr<ScriptedEngines> engines = std::make_shared<ScriptedEngines>();
+    Gate gate; ///< opened at the end, so that no voice waits for ever
+    boost::asio::io_context io;
+    boost::asio::thread_pool workers{2};
+    ServerContext context{{}, {}, {}, workers};
+    std::chrono::milliseconds connectionLimit = 10min;
+    std::shared_ptr<MemoryConnection> connection = std::make_shared<MemoryConnection>(io);
+    bool over = false;
+
+    void open(std::string_view path, std::string_view query = "language=hi-IN&format=simple")
+    {
+        addSpeechRoutes(
+            std::make_shared<SpeechService>(SpeechService{context, {{"key"}, {}}, engines, connectionLimit}));
+        if (!fault.empty())
+            context.faults.add({json::parse(fault)});
+        const std::string host = path == synthesis ? "here.tts.speech.microsoft.com" : "here.stt.speech.microsoft.com";
+        const auto *const handler = context.router.findWebSocket(host, path);
+        QVERIFY(handler);
+        request.target(std::string(path).append("?").append(query));
+        boost::asio::co_spawn(io, handler->serve(connection, request),
+                              [this](const std::exception_ptr &) { over = true; });
+    }
+    std::string fault; ///< JSON
+
+    // What the client says.
+    void text(const std::string &path, const std::string &id, const std::string &body)
+    {
+        connection->say({false, head(path, id) + "\r\n" + body});
+    }
+    void audio(const std::string &id, const std::string &body)
+    {
+        const auto block = head("audio", id);
+        std::string data{static_cast<char>(block.size() >> 8), static_cast<char>(block.size() & 0xff)};
+        connection->say({true, data + block + body});
+    }
+    void config() { text("speech.config", first, quoted("{'context':{'system':{}}}")); }
+    void beginTurn(const std::string &id)
+    {
+        text("speech.context", id, "{}");
+        audio(id, wave);
+    }
+    void sound(const std::string &id, int chunks)
+    {
+        for (int i = 0; i < chunks; ++i)
+            audio(id, std::string(chunk, '\0'));
+    }
+    void speak(const std::string &id, const std::string &words)
+    {
+        text("synthesis.context", id,
+             quoted("{'synthesis':{'audio':{'metadataOptions':{'wordBoundaryEnabled':'true','sessionEndEnabled':true},'"
+                    "outputFormat':'raw-16khz-16bit-mono-pcm'}}}"));
+        text("ssml", id, "<speak version='1.0'><voice name='V'>" + words + "</voice></speak>");
+    }
+
+    /// Runs until it is so, or the connection is over.
+    template<class Predicate> void run(Predicate isSo)
+    {
+        const auto work = boost::asio::make_work_guard(io);
+        while (!isSo() && !over) {
+            if (io.run_one_for(30s) == 0)
+                throw std::runtime_error("the service does nothing");
+        }
+    }
+    /// All that was said is handled, and the service has nothing more to say.
+    void runToTheEnd()
+    {
+        text("telemetry", first, "{}");
+        connection->hangUpWhenAllIsRead();
+        run([this] { return over; });
+    }
+    void runUntil(const std::string &entry, std::size_t times = 1)
+    {
+        run([&] { return static_cast<std::size_t>(told().count(QString::fromStdString(entry))) >= times; });
+    }
+
+    /// What the service has sent, in short: paths, with the status of phrases and the size of audio.
+    QStringList told() const
+    {
+        QStringList all;
+        for (const auto &message : connection->sent) {
+            const auto [path, requestId, body] = parts(message);
+            QString entry = QString::fromStdString(path);
+            if (path == "speech.phrase")
+                entry = QString::fromStdString(field(body, "RecognitionStatus"));
+            else if (message.binary)
+                entry += QStringLiteral(" %1").arg(body.size());
+            all << entry;
+        }
+        return all;
+    }
+    json::object bodyOf(int index) const
+    {
+        return json::parse(parts(connection->sent.at(static_cast<std::size_t>(index))).body).as_object();
+    }
+    QString wordOf(int index, const char *key) const
+    {
+        return QString::fromStdString(std::string(bodyOf(index).at(key).as_string()));
+    }
+    std::string idOf(int index) const { return parts(connection->sent.at(static_cast<std::size_t>(index))).requestId; }
+    int closeCode() const { return connection->closed ? connection->closed->code : -1; }
+
+private:
+    static std::string head(const std::string &path, const std::string &id)
+    {
+        return "Path: " + path + "\r\nX-RequestId: " + id + "\r\nX-Timestamp: 2026-11-21T07:23:30.048Z\r\n";
+    }
+
+    struct Parts {
+        std::string path;
+        std::string requestId;
+        std::string body;
+    };
+    static Parts parts(const WebSocketMessage &message)
+    {
+        std::size_t headBegin = 0;
+        std::size_t headEnd = 0;
+        std::size_t bodyBegin = 0;
+        if (message.binary) {
+            headBegin = 2;
+            headEnd =
+                2 + static_cast<unsigned char>(message.data[0]) * 256U + static_cast<unsigned char>(message.data[1]);
+            bodyBegin = headEnd;
+        } else {
+            headEnd = message.data.find("\r\n\r\n") + 2;
+            bodyBegin = headEnd + 2;
+        }
+        const auto block = message.data.substr(headBegin, headEnd - headBegin);
+        const auto header = [&](const std::string &name) {
+            const auto at = block.find(name + ":") + name.size() + 1;
+            return block.substr(at, block.find("\r\n", at) - at);
+        };
+        return {header("Path"), header("X-RequestId"), message.data.substr(bodyBegin)};
+    }
+    static std::string field(const std::string &body, const char *name)
+    {
+        boost::system::error_code error;
+        const auto value = json::parse(body, error);
+        return error ? "garbled" : std::string(value.as_object().at(name).as_string());
+    }
+
+    HttpRequest request;
+};
+
+} // namespace
+
+class SpeechSessionsTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void dictationGoesFromTurnStartToTurnEnd()
+    {
+        Conversation c;
+        c.engines->script = {
+            {1600, {SpeechStarted{100ms}}},
+            {3200, {Hypothesis{"namaste", 100ms, 100ms}}},
+            {4800, {SpeechEnded{300ms}, phrase("नमस्ते।", 100ms, 200ms)}},
+        };
+        c.open(dictation);
+        c.config();
+        c.beginTurn(first);
+        c.sound(first, 4);
+        c.audio(first, "");
+        c.runToTheEnd();
+        QCOMPARE(c.told(), QStringList({"turn.start", "speech.startDetected", "speech.hypothesis", "Success",
+                                        "speech.endDetected", "EndOfDictation", "turn.end"}));
+        QCOMPARE(c.bodyOf(1).at("Offset").as_int64(), std::int64_t{1'000'000});
+        QCOMPARE(c.wordOf(2, "Text"), QString("namaste"));
+        QCOMPARE(c.wordOf(3, "DisplayText"), QString("नमस्ते।"));
+        QCOMPARE(c.bodyOf(3).at("Duration").as_int64(), std::int64_t{2'000'000});
+        QVERIFY(!c.bodyOf(3).contains("NBest"));
+        QCOMPARE(c.bodyOf(5).at("Offset").as_int64(), std::int64_t{4'000'000});
+        QVERIFY(!c.bodyOf(5).contains("DisplayText"));
+        for (int i = 0; i < 7; ++i)
+            QCOMPARE(c.idOf(i), first);
+        QCOMPARE(c.engines->locales, std::vector<std::string>{"hi-IN"});
+        QCOMPARE(c.closeCode(), -1);
+    }
+
+    void detailedPhrasesHaveAlternatives()
+    {
+        Conversation c;
+        c.engines->script = {{1600, {phrase("Good morning, Sir.")}}};
+        c.open(dictation, "language=en-US&format=detailed");
+        c.config();
+        c.beginTurn(first);
+        c.sound(first, 1);
+        c.runToTheEnd();
+        const auto best = c.bodyOf(1).at("NBest").as_array().at(0).as_object();
+        QVERIFY(best.at("Display") == json::value("Good morning, Sir."));
+        QVERIFY(best.at("Lexical") == json::value("good morning sir"));
+    }
+
+    void chunksOfOddSizeLoseNothing()
+    {
+        Conversation c;
+        c.open(dictation);
+        c.config();
+        c.text("speech.context", first, "{}");
+        c.audio(first, wave + "x");
+        for (int i = 0; i < 3; ++i)
+            c.audio(first, std::string(3201, 'x'));
+        c.runToTheEnd();
+        QCOMPARE(c.engines->heard, std::vector<std::int64_t>{(1 + 3 * 3201) / 2});
+    }
+
+    void whatIsLeftAtTheEndOfAudioIsNoUtterance_data()
+    {
+        QTest::addColumn<bool>("understood");
+        QTest::addColumn<QStringList>("phrases");
+        QTest::newRow("after a phrase") << true << QStringList({"Success", "EndOfDictation"});
+        QTest::newRow("all that was said") << false << QStringList({"NoMatch", "EndOfDictation"});
+    }
+    void whatIsLeftAtTheEndOfAudioIsNoUtterance()
+    {
+        QFETCH(bool, understood);
+        QFETCH(QStringList, phrases);
+        Conversation c;
+        if (understood)
+            c.engines->script = {{1600, {phrase("नमस्ते।")}}};
+        c.engines->atEnd = {phrase("")};
+        c.open(dictation);
+        c.config();
+        c.beginTurn(first);
+        c.sound(first, 2);
+        c.audio(first, "");
+        c.runToTheEnd();
+        auto told = c.told();
+        for (const char *other : {"turn.start", "speech.endDetected", "turn.end"})
+            QCOMPARE(told.removeAll(QString(other)), 1);
+        QCOMPARE(told, phrases);
+    }
+
+    void interactiveModeEndsWithOnePhrase_data()
+    {
+        QTest::addColumn<QByteArray>("path");
+        QTest::addColumn<QByteArray>("mode");
+        QTest::newRow("by the path") << QByteArray(interactive.data()) << QByteArray("Dictation");
+        QTest::newRow("by the message") << QByteArray(universal.data()) << QByteArray("Interactive");
+    }
+    void interactiveModeEndsWithOnePhrase()
+    {
+        QFETCH(QByteArray, path);
+        QFETCH(QByteArray, mode);
+        Conversation c;
+        c.engines->script = {{1600, {SpeechEnded{100ms}, phrase("नमस्ते।"), SpeechStarted{100ms}}}};
+        c.open(path.toStdString());
+        c.config();
+        c.text("speech.context", first, quoted("{'phraseDetection':{'mode':'" + mode.toStdString() + "'}}"));
+        c.audio(first, wave);
+        c.sound(first, 5);
+        c.audio(first, "");
+        c.runToTheEnd();
+        QCOMPARE(c.told(), QStringList({"turn.start", "speech.endDetected", "Success", "turn.end"}));
+    }
+
+    void silenceBeforeSpeechIsReported_data()
+    {
+        QTest::addColumn<QByteArray>("path");
+        QTest::addColumn<QByteArray>("query");
+        QTest::addColumn<int>("chunks");
+        QTest::addColumn<QStringList>("told");
+        const QStringList once{"turn.start", "InitialSilenceTimeout"};
+        const QByteArray dictating(dictation.data());
+        const QByteArray asking(interactive.data());
+        QTest::newRow("dictation, not yet") << dictating << QByteArray() << 149 << QStringList("turn.start");
+        QTest::newRow("dictation, 15 s") << dictating << QByteArray() << 299 << once;
+        QTest::newRow("dictation, again") << dictating << QByteArray() << 300 << once + QStringList(once.last());
+        QTest::newRow("interactive, 5 s") << asking << QByteArray() << 200 << once + QStringList("turn.end");
+        QTest::newRow("as asked for") << dictating << QByteArray("&initialSilenceTimeoutMs=1000") << 10 << once;
+    }
+    void silenceBeforeSpeechIsReported()
+    {
+        QFETCH(QByteArray, path);
+        QFETCH(QByteArray, query);
+        QFETCH(int, chunks);
+        QFETCH(QStringList, told);
+        Conversation c;
+        c.open(path.toStdString(), "language=hi-IN" + query.toStdString());
+        c.config();
+        c.beginTurn(first);
+        c.sound(first, chunks);
+        c.runToTheEnd();
+        QCOMPARE(c.told(), told);
+    }
+
+    void aConnectionCarriesTurnAfterTurn()
+    {
+        Conversation c;
+        c.open(dictation);
+        c.config();
+        c.beginTurn(first);
+        c.sound(first, 1);
+        c.audio(first, "");
+        c.sound(first, 2); // late
+        c.audio(first, "");
+        c.beginTurn(second);
+        c.sound(second, 3);
+        c.audio(second, "");
+        c.runToTheEnd();
+        const QStringList turn{"turn.start", "speech.endDetected", "EndOfDictation", "turn.end"};
+        QCOMPARE(c.told(), turn + turn);
+        QCOMPARE(c.idOf(7), second);
+        QCOMPARE(c.bodyOf(5).at("Offset").as_int64(), std::int64_t{3'000'000});
+        QCOMPARE(c.engines->heard, (std::vector<std::int64_t>{1600, 4800}));
+    }
+
+    void aNewTurnDropsTheOneBefore()
+    {
+        Conversation c;
+        c.open(dictation);
+        c.config();
+        c.beginTurn(first);
+        c.beginTurn(second);
+        c.sound(first, 1);
+        c.audio(second, "");
+        c.runToTheEnd();
+        QCOMPARE(c.told(),
+                 QStringList({"turn.start", "turn.start", "speech.endDetected", "EndOfDictation", "turn.end"}));
+        QCOMPARE(c.bodyOf(2).at("Offset").as_int64(), std::int64_t{0});
+    }
+
+    void recognitionRefusesWhatTheProtocolForbids_data()
+    {
+        using Say = std::function<void(Conversation &)>;
+        QTest::addColumn<Say>("say");
+        QTest::addColumn<int>("code");
+        const auto row = [](const char *name, const Say &say, int code) { QTest::newRow(name) << say << code; };
+        row(
+            "no configuration", [](Conversation &c) { c.beginTurn(first); }, 1002);
+        row(
+            "configuration is no JSON", [](Conversation &c) { c.text("speech.config", first, "{"); }, 1007);
+        row(
+            "configuration without context", [](Conversation &c) { c.text("speech.config", first, "{}"); }, 1007);
+        row(
+            "context is no object", [](Conversation &c) { c.config(), c.text("speech.context", first, "[]"); }, 1007);
+        row(
+            "unknown path", [](Conversation &c) { c.config(), c.text("speech.other", first, "{}"); }, 1002);
+        row(
+            "no framing",
+            [](Conversation &c) {
+                c.connection->say({false, "hello"});
+            },
+            1007);
+        row(
+            "audio without RIFF header", [](Conversation &c) { c.config(), c.sound(first, 1); }, 1007);
+        row(
+            "too much audio at once",
+            [](Conversation &c) { c.config(), c.beginTurn(first), c.audio(first, std::string(8193, 'x')); }, 1007);
+        const auto turn = [](Conversation &c) { c.config(), c.beginTurn(first), c.audio(first, ""); };
+        row(
+            "request id used again, context",
+            [turn](Conversation &c) { turn(c), c.text("speech.context", first, "{}"); }, 1002);
+        row(
+            "request id used again, audio", [turn](Conversation &c) { turn(c), c.audio(first, wave); }, 1002);
+        row(
+            "a broken recogniser",
+            [](Conversation &c) { c.engines->broken = true, c.config(), c.beginTurn(first), c.sound(first, 1); }, 1011);
+    }
+    void recognitionRefusesWhatTheProtocolForbids()
+    {
+        QFETCH(std::function<void(Conversation &)>, say);
+        QFETCH(int, code);
+        Conversation c;
+        c.open(dictation);
+        say(c);
+        c.runToTheEnd();
+        QCOMPARE(c.closeCode(), code);
+        QVERIFY(!c.connection->closed->reason.empty());
+    }
+
+    void recognitionFailsAsAskedFor_data()
+    {
+        QTest::addColumn<QByteArray>("fault");
+        QTest::addColumn<QStringList>("told");
+        QTest::addColumn<int>("code");
+        const auto row = [](const char *name, const QByteArray &more, const QStringList &told, int code = -1) {
+            QTest::newRow(name)
+                << QByteArray("{'point':'recognition.turn','times':1,'kind':" + more + "}").replace('\'', '"') << told
+                << code;
+        };
+        const QStringList all{"turn.start", "Success", "Success", "speech.endDetected", "EndOfDictation", "turn.end"};
+        row("latency", "'latency','ms':0", all);
+        row("drop", "'drop'", all.mid(0, 5));
+        row("silence", "'silence'", {"turn.start"});
+        row("early end at once", "'endEarly'", {"turn.start", "speech.endDetected", "turn.end"});
+        row("early end by time", "'endEarly','afterMs':200",
+            {"turn.start", "Success", "speech.endDetected", "turn.end"});
+        row("early end by phrases", "'endEarly','afterPhrases':1",
+            {"turn.start", "Success", "speech.endDetected", "turn.end"});
+        row("status", "'status','status':'TooManyRequests'", {"turn.start", "TooManyRequests", "turn.end"});
+        row("garbled", "'garbledPhrase'",
+            {"turn.start", "garbled", "garbled", "speech.endDetected", "EndOfDictation", "turn.end"});
+        row("close", "'close','code':1012,'afterPhrases':2", all.mid(0, 3), 1012);
+        row("close with a code that cannot be", "'close','code':99", all.mid(0, 1), 1011);
+        row("reset", "'reset','afterMs':200", all.mid(0, 2), 0);
+    }
+    void recognitionFailsAsAskedFor()
+    {
+        QFETCH(QByteArray, fault);
+        QFETCH(QStringList, told);
+        QFETCH(int, code);
+        Conversation c;
+        c.engines->script = {{1600, {phrase("one")}}, {3200, {phrase("two")}}};
+        c.fault = fault.toStdString();
+        c.open(dictation);
+        c.config();
+        c.beginTurn(first);
+        c.sound(first, 3);
+        c.audio(first, "");
+        c.runToTheEnd();
+        QCOMPARE(c.told(), told);
+        QCOMPARE(c.closeCode(), code);
+    }
+
+    void theRestAfterAnEarlyEndIsNoUtterance()
+    {
+        Conversation c;
+        c.engines->script = {{1600, {phrase("one")}}};
+        c.engines->atEnd = {phrase("")};
+        c.fault = quoted("{'point':'recognition.turn','times':1,'kind':'endEarly','afterPhrases':1}");
+        c.open(dictation);
+        c.config();
+        c.beginTurn(first);
+        c.sound(first, 1);
+        c.beginTurn(second);
+        c.audio(second, "");
+        c.runToTheEnd();
+        QCOMPARE(c.told().filter("NoMatch"), QStringList());
+        QCOMPARE(c.told().last(), QString("turn.end"));
+    }
+
+    void audioGoesOutWhileTheVoiceStillSpeaks()
+    {
+        Conversation c;
+        c.engines->voice = [&c](const std::string &, const VoiceBank::Sink &sink) {
+            sink(std::vector<std::int16_t>(1000));
+            sink(std::vector<std::int16_t>(1000)); // 4000 bytes: one message and a rest
+            c.gate.pass();
+            sink(std::vector<std::int16_t>(1601));
+        };
+        c.open(synthesis, "");
+        c.config();
+        c.speak(first, "Hello");
+        c.runUntil("audio 3200");
+        QCOMPARE(c.told(), QStringList({"turn.start", "response", "audio 3200"}));
+        c.gate.open();
+        c.runUntil("turn.end");
+        QCOMPARE(c.told(), QStringList({"turn.start", "response", "audio 3200", "audio 3200", "audio 802",
+                                        "audio.metadata", "turn.end"}));
+        QVERIFY(c.bodyOf(0).at("context") == c.bodyOf(1).at("context"));
+        const auto streamId = std::string(c.bodyOf(1).at("audio").at("streamId").as_string());
+        QVERIFY(c.connection->sent[2].data.find("X-StreamId:" + streamId + "\r\n") != std::string::npos);
+        const auto end = c.bodyOf(5).at("Metadata").at(0);
+        QVERIFY(end.at("Type") == json::value("SessionEnd"));
+        QCOMPARE(end.at("Data").at("Offset").as_int64(), std::int64_t{3601} * 625);
+    }
+
+    void requestsAreSpokenInTheirOrder()
+    {
+        Conversation c;
+        c.engines->voice = [](const std::string &text, const VoiceBank::Sink &sink) {
+            sink(std::vector<std::int16_t>(text == "one" ? 100 : 200));
+        };
+        c.open(synthesis, "");
+        c.config();
+        c.speak(first, "one");
+        c.speak(second, "two");
+        c.runUntil("turn.end", 2);
+        const QStringList one{"turn.start", "response", "audio 200", "audio.metadata", "turn.end"};
+        QCOMPARE(c.told(), one + QStringList(one).replaceInStrings("200", "400"));
+        QCOMPARE(c.idOf(4), first);
+        QCOMPARE(c.idOf(5), second);
+    }
+
+    void aStopEndsTheTurnWithTheAudioSoFar()
+    {
+        Conversation c;
+        c.engines->voice = [&c](const std::string &text, const VoiceBank::Sink &sink) {
+            if (text == "short") {
+                sink(std::vector<std::int16_t>(100));
+                return;
+            }
+            sink(std::vector<std::int16_t>(1600));
+            c.gate.pass();
+            while (sink(std::vector<std::int16_t>(1600))) {
+            }
+        };
+        c.open(synthesis, "");
+        c.config();
+        c.speak(first, "for ever");
+        c.runUntil("audio 3200");
+        c.text("synthesis.control", second, quoted("{'action':'stop'}")); // of another request: nothing
+        c.text("synthesis.control", first, quoted("{'action':'stop'}"));
+        c.speak(second, "short");
+        c.run([&] { return c.connection->allRead(); });
+        c.gate.open();
+        c.runUntil("turn.end", 2);
+        QCOMPARE(c.told(), QStringList({"turn.start", "response", "audio 3200", "audio.metadata", "turn.end",
+                                        "turn.start", "response", "audio 200", "audio.metadata", "turn.end"}));
+    }
+
+    void synthesisRefusesWhatTheProtocolForbids_data()
+    {
+        using Say = std::function<void(Conversation &)>;
+        QTest::addColumn<Say>("say");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QByteArray>("reason");
+        const auto row = [](const char *name, const Say &say, int code, const QByteArray &reason = {}) {
+            QTest::newRow(name) << say << code << reason;
+        };
+        const auto context = [](const std::string &body) {
+            return [body](Conversation &c) { c.config(), c.text("synthesis.context", first, body); };
+        };
+        const auto ssml = [](const char *body) {
+            return [body](Conversation &c) {
+                c.config(), c.text("synthesis.context", first, "{}"), c.text("ssml", first, body);
+            };
+        };
+        row(
+            "no configuration", [](Conversation &c) { c.speak(first, "Hi"); }, 1002);
+        row("unknown voice", ssml("<speak><voice name='xx-XX-NoNeural'>Hi</voice></speak>"), 1007,
+            "Unsupported voice xx-XX-NoNeural.");
+        row("not well-formed", ssml("<speak><voice name='V'>a & b</voice></speak>"), 1007,
+            "Invalid SSML: not well-formed (invalid token) in line 1.");
+        row("another format",
+            context(quoted("{'synthesis':{'audio':{'outputFormat':'audio-24khz-48kbitrate-mono-mp3'}}}")), 1007,
+            "Unsupported output format audio-24khz-48kbitrate-mono-mp3.");
+        row("format no text", context(quoted("{'synthesis':{'audio':{'outputFormat':16}}}")), 1007);
+        row("flag neither true nor false",
+            context(quoted("{'synthesis':{'audio':{'metadataOptions':{'visemeEnabled':'maybe'}}}}")), 1007);
+        row("context of another shape", context(quoted("{'synthesis':[]}")), 1007);
+        row(
+            "text without context", [](Conversation &c) { c.config(), c.text("ssml", first, "<speak/>"); }, 1002);
+        row(
+            "request id used again", [](Conversation &c) { c.config(), c.speak(first, "a"), c.speak(first, "a"); },
+            1002);
+        row(
+            "unknown action",
+            [](Conversation &c) { c.config(), c.text("synthesis.control", first, quoted("{'action':'sing'}")); }, 1007);
+        row(
+            "audio", [](Conversation &c) { c.config(), c.audio(first, wave); }, 1002);
+        row(
+            "a crowd",
+            [](Conversation &c) {
+                c.config();
+                for (int i = 100; i < 200; ++i)
+                    c.speak(std::string(29, 'a') + std::to_string(i), "a");
+            },
+            4429);
+    }
+    void synthesisRefusesWhatTheProtocolForbids()
+    {
+        QFETCH(std::function<void(Conversation &)>, say);
+        QFETCH(int, code);
+        QFETCH(QByteArray, reason);
+        Conversation c;
+        c.engines->voice = [&c](const std::string &, const VoiceBank::Sink &) { c.gate.pass(); };
+        c.open(synthesis, "");
+        say(c);
+        c.run([&] { return c.over; });
+        QCOMPARE(c.closeCode(), code);
+        if (!reason.isEmpty())
+            QCOMPARE(QByteArray::fromStdString(c.connection->closed->reason), reason);
+    }
+
+    void aBrokenVoiceClosesTheConnection()
+    {
+        Conversation c;
+        c.engines->voice = [](const std::string &, const VoiceBank::Sink &) { throw std::runtime_error("hoarse"); };
+        c.open(synthesis, "");
+        c.config();
+        c.speak(first, "Hi");
+        c.run([&] { return c.over; });
+        QCOMPARE(c.closeCode(), 1011);
+    }
+
+    void synthesisFailsAsAskedFor_data()
+    {
+        QTest::addColumn<QByteArray>("fault");
+        QTest::addColumn<QStringList>("told");
+        QTest::addColumn<int>("code");
+        const auto row = [](const char *name, const QByteArray &more, const QStringList &told, int code = -1) {
+            QTest::newRow(name)
+                << QByteArray("{'point':'synthesis.turn','times':1,'kind':" + more + "}").replace('\'', '"') << told
+                << code;
+        };
+        const QStringList all{"turn.start", "response", "audio 3200", "audio 3200", "audio.metadata", "turn.end"};
+        row("latency", "'latency','ms':0", all);
+        row("drop", "'drop'", all.mid(0, 5));
+        row("silence", "'silence'", all.mid(0, 1));
+        row("no audio", "'noAudio'", all.mid(0, 2));
+        row("stall", "'stall','afterChunks':1", all.mid(0, 3));
+        row("early end", "'endEarly','afterChunks':1", all.mid(0, 3) + all.mid(4));
+        row("close", "'close','afterChunks':2,'code':1012", all.mid(0, 4), 1012);
+        row("reset", "'reset'", all.mid(0, 2), 0);
+    }
+    void synthesisFailsAsAskedFor()
+    {
+        QFETCH(QByteArray, fault);
+        QFETCH(QStringList, told);
+        QFETCH(int, code);
+        Conversation c;
+        c.engines->voice = [](const std::string &, const VoiceBank::Sink &sink) {
+            sink(std::vector<std::int16_t>(3200));
+        };
+        c.fault = fault.toStdString();
+        c.open(synthesis, "");
+        c.config();
+        c.speak(first, "one");
+        if (code == -1) { // the next request is spoken as ever
+            c.speak(second, "two");
+            c.run([&] { return c.told().endsWith("turn.end") && c.idOf(int(c.told().size()) - 1) == second; });
+            QCOMPARE(c.told(), told + QStringList({"turn.start", "response", "audio 3200", "audio 3200",
+                                                   "audio.metadata", "turn.end"}));
+        } else {
+            c.run([&] { return c.over; });
+            QCOMPARE(c.told(), told);
+        }
+        QCOMPARE(c.closeCode(), code);
+    }
+
+    void aConnectionThatLastsTooLongIsDropped()
+    {
+        for (const auto path : {dictation, synthesis}) {
+            Conversation c;
+            c.connectionLimit = 0ms;
+            c.open(path);
+            c.run([&] { return c.over; });
+            QCOMPARE(c.closeCode(), 0);
+        }
+    }
+};
+
+QTEST_APPLESS_MAIN(SpeechSessionsTest)
+#include "tst_speech_sessions.moc"

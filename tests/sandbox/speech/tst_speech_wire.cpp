@@ -1,0 +1,272 @@
+#include "sandbox/speech/SpeechMessage.h"
+#include "sandbox/speech/SpeechUpgrade.h"
+#include "sandbox/speech/Ssml.h"
+#include "sandbox/speech/SynthesisSession.h"
+#include "sandbox/speech/WaveHeader.h"
+
+#include <QTest>
+
+#include <functional>
+
+using namespace sandbox;
+
+namespace {
+
+const std::string id = "1CCFB9F99F4346578CE96BF7CFEBC5E8";
+
+QByteArray headers(const QByteArray &path, const QByteArray &requestId = QByteArray::fromStdString(id))
+{
+    return "Path: " + path + "\r\nX-RequestId: " + requestId + "\r\nX-Timestamp: 2026-11-21T07:23:30.048Z\r\n";
+}
+
+QByteArray binary(const QByteArray &block, const QByteArray &body)
+{
+    const char length[] = {static_cast<char>(block.size() >> 8), static_cast<char>(block.size() & 0xff)};
+    return QByteArray(length, 2) + block + body;
+}
+
+/// The close code that `action` leads to; 0 when it is content.
+int codeOf(const std::function<void()> &action)
+{
+    try {
+        action();
+        return 0;
+    } catch (const ProtocolError &error) {
+        return error.code();
+    }
+}
+
+QByteArray waveHeader(quint16 encoding, quint16 channels, quint32 rate, quint16 bits)
+{
+    QByteArray header;
+    const auto put = [&](quint32 value, int bytes) {
+        for (int i = 0; i < bytes; ++i)
+            header.append(static_cast<char>((value >> (8 * i)) & 0xff));
+    };
+    header += QByteArray("RIFF\0\0\0\0WAVEfmt \x10\0\0\0", 20);
+    put(encoding, 2);
+    put(channels, 2);
+    put(rate, 4);
+    put(rate * channels * bits / 8, 4);
+    put(channels * bits / 8, 2);
+    put(bits, 2);
+    return header + QByteArray("data\0\0\0\0", 8);
+}
+
+QByteArray inVoice(const QByteArray &inside)
+{
+    return "<speak version='1.0' xml:lang='en-US'><voice name='V'>" + inside + "</voice></speak>";
+}
+
+} // namespace
+
+class SpeechWireTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void aTextMessageIsCutAtItsFirstEmptyLine()
+    {
+        const QByteArray data =
+            "path:Speech.Config\r\nx-requestid:" + QByteArray::fromStdString(id) +
+            "\r\nX-TIMESTAMP:   2026-11-21T07:23:30Z\r\nAnything: else\r\n\r\n{\r\n\r\n\"a\":\"é\"}";
+        const auto message = parseSpeechMessage({false, data.toStdString()});
+        QCOMPARE(message.path, std::string("speech.config"));
+        QCOMPARE(message.requestId, id);
+        QCOMPARE(message.body, std::string("{\r\n\r\n\"a\":\"é\"}"));
+        QVERIFY(jsonBody(message).contains("a"));
+    }
+
+    void aBinaryMessageIsCutByItsLength()
+    {
+        const QByteArray body("\r\n\r\n\0\xff", 6);
+        const auto message = parseSpeechMessage({true, binary(headers("audio"), body).toStdString()});
+        QCOMPARE(message.path, std::string("audio"));
+        QCOMPARE(message.body, body.toStdString());
+    }
+
+    void whatBreaksTheFramingClosesTheConnection_data()
+    {
+        QTest::addColumn<bool>("isBinary");
+        QTest::addColumn<QByteArray>("data");
+        QTest::addColumn<int>("code");
+        const auto text = [](const char *name, const QByteArray &data, int code) {
+            QTest::newRow(name) << false << data << code;
+        };
+        const auto bytes = [](const char *name, const QByteArray &data, int code) {
+            QTest::newRow(name) << true << data << code;
+        };
+        const QByteArray good = headers("telemetry");
+        text("nothing", "", 1007);
+        text("no empty line", good, 1007);
+        text("line feeds only", QByteArray(good + "\r\n{}").replace("\r\n", "\n"), 1007);
+        text("no colon", good + "Content-Type\r\n\r\n{}", 1007);
+        text("no name", good + ": value\r\n\r\n{}", 1007);
+        text("not ASCII", good + "X: é\r\n\r\n{}", 1007);
+        text("headers too long", good + "X: " + QByteArray(8192, 'x') + "\r\n\r\n{}", 1007);
+        text("no headers", "\r\n{}", 1002);
+        text("no path", QByteArray(good).replace("Path", "Paht") + "\r\n{}", 1002);
+        text("two paths", good + "Path: ssml\r\n\r\n{}", 1002);
+        text("empty path", headers("") + "\r\n{}", 1002);
+        text("no request id", QByteArray(good).replace("X-RequestId", "Id") + "\r\n{}", 1002);
+        text("request id with dashes", headers("a", "1ccfb9f9-9f43-4657-8ce9-6bf7cfebc5e8") + "\r\n{}", 1002);
+        text("request id not hexadecimal", headers("a", QByteArray(32, 'g')) + "\r\n{}", 1002);
+        text("request id too long", headers("a", QByteArray(33, 'a')) + "\r\n{}", 1002);
+        text("no timestamp", QByteArray(good).replace("X-Timestamp", "Time") + "\r\n{}", 1002);
+        text("timestamp not UTC", QByteArray(good).replace("048Z", "048+01:00") + "\r\n{}", 1002);
+        text("timestamp in words", QByteArray(good).replace("2026-11-21T07:23:30.048Z", "yesterday") + "\r\n{}", 1002);
+        text("audio as text", headers("audio") + "\r\n", 1007);
+        bytes("no length", "\x01", 1007);
+        bytes("nothing", "", 1007);
+        bytes("shorter than its headers", binary(headers("audio"), "").chopped(1), 1007);
+        bytes("last line open", binary(headers("audio").chopped(2), "x"), 1007);
+        bytes("empty line in the block", binary(headers("audio") + "\r\n", "x"), 1007);
+        bytes("JSON", binary(headers("speech.context"), "{}"), 1007);
+        bytes("zero headers", QByteArray("\0\0audio", 7), 1002);
+    }
+    void whatBreaksTheFramingClosesTheConnection()
+    {
+        QFETCH(bool, isBinary);
+        QFETCH(QByteArray, data);
+        QFETCH(int, code);
+        QCOMPARE(codeOf([&] { (void)parseSpeechMessage({isBinary, data.toStdString()}); }), code);
+    }
+
+    void whatIsSentHasTheServicesForm()
+    {
+        QCOMPARE(textMessage("turn.end", id, "{}"),
+                 "X-RequestId:" + id + "\r\nContent-Type:application/json; charset=utf-8\r\nPath:turn.end\r\n\r\n{}");
+        const auto message = binaryMessage({{"X-RequestId", id}, {"Path", "audio"}}, "PCM");
+        QCOMPARE(message, std::string("\0\x3a", 2) + "X-RequestId:" + id + "\r\nPath:audio\r\nPCM");
+    }
+
+    void audioMustBeSixteenKilohertzMono_data()
+    {
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<int>("code");
+        const QByteArray good = waveHeader(1, 1, 16000, 16);
+        QTest::newRow("as clients send it") << good << 0;
+        QTest::newRow("with audio behind it") << good + "ab" << 0;
+        QTest::newRow("another chunk first") << QByteArray(good).insert(12, QByteArray("LIST\x03\0\0\0abc\0", 12)) << 0;
+        QTest::newRow("8 kHz") << waveHeader(1, 1, 8000, 16) << 1007;
+        QTest::newRow("stereo") << waveHeader(1, 2, 16000, 16) << 1007;
+        QTest::newRow("8 bit") << waveHeader(1, 1, 16000, 8) << 1007;
+        QTest::newRow("A-law") << waveHeader(6, 1, 16000, 16) << 1007;
+        QTest::newRow("cut") << good.chopped(1) << 1007;
+        QTest::newRow("no format") << QByteArray(good).remove(12, 24) << 1007;
+        QTest::newRow("chunk larger than the message") << QByteArray(good).replace(16, 1, "\xff") << 1007;
+        QTest::newRow("no header") << QByteArray(3200, '\0') << 1007;
+        QTest::newRow("empty") << QByteArray() << 1007;
+    }
+    void audioMustBeSixteenKilohertzMono()
+    {
+        QFETCH(QByteArray, body);
+        QFETCH(int, code);
+        const auto bytes = body.toStdString();
+        QCOMPARE(codeOf([&] { (void)withoutWaveHeader(bytes); }), code);
+        if (code == 0)
+            QCOMPARE(QByteArray::fromStdString(std::string(withoutWaveHeader(bytes))),
+                     body.mid(body.indexOf("data") + 8));
+    }
+
+    void ssmlGivesTheTextOfEachVoice()
+    {
+        const QByteArray ssml =
+            "<?xml version='1.0'?><speak version='1.0' xmlns='http://www.w3.org/2001/10/synthesis' "
+            "xmlns:mstts='http://www.w3.org/2001/mstts' xml:lang='en-US'>\n"
+            "<voice name='A'>Fish &amp; &quot;chips&quot; &lt;b&gt; &#x91C;<!-- not said --></voice>\n"
+            "<voice name=\"B\"><mstts:express-as style='sad'><prosody rate='-10%'>slow <emphasis>very</emphasis>"
+            "</prosody></mstts:express-as><![CDATA[ <raw>]]><sub alias='World Wide Web'>WWW</sub>"
+            "<s>one</s><break time='1s'/>two</voice></speak>";
+        const std::vector<SpokenText> expected{{"A", "Fish & \"chips\" <b> ज"},
+                                               {"B", "slow very <raw>World Wide Web\none\n\ntwo"}};
+        const auto spoken = parseSsml(ssml.toStdString());
+        QCOMPARE(spoken.size(), expected.size());
+        for (std::size_t i = 0; i < expected.size(); ++i) {
+            QCOMPARE(spoken[i].voiceName, expected[i].voiceName);
+            QCOMPARE(spoken[i].text, expected[i].text);
+        }
+    }
+
+    void badSsmlIsRefused_data()
+    {
+        QTest::addColumn<QByteArray>("ssml");
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("plain text") << QByteArray("Hello");
+        QTest::newRow("bare ampersand") << inVoice("fish & chips");
+        QTest::newRow("unknown entity") << inVoice("a&nbsp;b");
+        QTest::newRow("not closed") << QByteArray("<speak><voice name='V'>Hi");
+        QTest::newRow("two roots") << inVoice("a") + inVoice("b");
+        QTest::newRow("other root") << QByteArray("<voice name='V'>Hi</voice>");
+        QTest::newRow("no voice") << QByteArray("<speak> </speak>");
+        QTest::newRow("text without a voice") << QByteArray("<speak>Hi<voice name='V'>Hi</voice></speak>");
+        QTest::newRow("voice without a name") << QByteArray("<speak><voice>Hi</voice></speak>");
+        QTest::newRow("invalid UTF-8") << inVoice("\xff");
+        QTest::newRow("document type") << QByteArray("<!DOCTYPE speak [<!ENTITY a 'aaaa'>]>") + inVoice("&a;");
+        QTest::newRow("deep") << inVoice(QByteArray("<p>").repeated(1000) + QByteArray("</p>").repeated(1000));
+    }
+    void badSsmlIsRefused()
+    {
+        QFETCH(QByteArray, ssml);
+        QCOMPARE(codeOf([&] { (void)parseSsml(ssml.toStdString()); }), 1007);
+    }
+
+    void outputFormatsAreKnownByName()
+    {
+        for (const auto &[name, rate] : {std::pair{"raw-8khz-16bit-mono-pcm", 8000},
+                                         {"raw-16khz-16bit-mono-pcm", 16000},
+                                         {"riff-24khz-16bit-mono-pcm", 24000},
+                                         {"riff-48khz-16bit-mono-pcm", 48000}}) {
+            const auto format = OutputFormat::named(name);
+            QVERIFY2(format, name);
+            QCOMPARE(format->sampleRateHz, rate);
+            QCOMPARE(format->riff, QByteArray(name).startsWith("riff"));
+        }
+        QVERIFY(!OutputFormat::named("audio-24khz-48kbitrate-mono-mp3"));
+        QVERIFY(!OutputFormat::named(""));
+    }
+
+    void anUpgradeNeedsAKeyAConnectionAndALanguage_data()
+    {
+        QTest::addColumn<QByteArray>("query");
+        QTest::addColumn<QByteArray>("keyHeader");
+        QTest::addColumn<QByteArray>("idHeader");
+        QTest::addColumn<int>("status");
+        const QByteArray connection = QByteArray::fromStdString(id);
+        const QByteArray language = "language=hi-IN&format=simple";
+        const auto row = [](const char *name, const QByteArray &query, const QByteArray &key, const QByteArray &number,
+                            int status) { QTest::newRow(name) << query << key << number << status; };
+        row("headers", language, "good", connection, 0);
+        row("parameters", language + "&Ocp-Apim-Subscription-Key=good&X-ConnectionId=" + connection, "", "", 0);
+        row("language in lower case, no format", "language=en-us", "good", connection, 0);
+        row("no key", language, "", connection, 401);
+        row("wrong key", language, "bad", connection, 401);
+        row("wrong key before all else", "", "bad", "", 401);
+        row("no connection id", language, "good", "", 400);
+        row("malformed connection id", language, "good", "1ccfb9f9-9f43-4657-8ce9-6bf7cfebc5e8", 400);
+        row("no language", "format=simple", "good", connection, 400);
+        row("unknown language", "language=xx-XX", "good", connection, 400);
+        row("language without a model", "language=de-DE", "good", connection, 400);
+        row("unknown format", "language=hi-IN&format=brief", "good", connection, 400);
+        row("silence not a number", language + "&initialSilenceTimeoutMs=soon", "good", connection, 400);
+    }
+    void anUpgradeNeedsAKeyAConnectionAndALanguage()
+    {
+        QFETCH(QByteArray, query);
+        QFETCH(QByteArray, keyHeader);
+        QFETCH(QByteArray, idHeader);
+        QFETCH(int, status);
+        HttpRequest request;
+        request.target("/speech/recognition/dictation/cognitiveservices/v1?" + query.toStdString());
+        if (!keyHeader.isEmpty())
+            request.set("ocp-apim-subscription-key", keyHeader.toStdString());
+        if (!idHeader.isEmpty())
+            request.set("X-ConnectionId", idHeader.toStdString());
+        const auto refusal = recognitionRefusalOf(request, {{"good"}, {}});
+        QCOMPARE(refusal ? static_cast<int>(refusal->result_int()) : 0, status);
+        if (!refusal)
+            QVERIFY(recognitionParametersOf(request).mode == RecognitionMode::Dictation);
+    }
+};
+
+QTEST_APPLESS_MAIN(SpeechWireTest)
+#include "tst_speech_wire.moc"
