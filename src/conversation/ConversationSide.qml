@@ -94,7 +94,7 @@ Rectangle {
         y: (root.low ? root.height - root.inset - 22 : readAloud.y + readAloud.height / 2) - height / 2
         visible: root.busy && !dots.visible
         running: root.busy
-        dot: root.low ? 12 : Math.max(6, Math.min(13, (readAloud.x - chip.x - chip.width - 2 * Theme.gapLarge) / 4.5))
+        dot: root.low ? 12 : Math.max(6, Math.min(12, (readAloud.x - chip.x - chip.width - 2 * Theme.gapLarge) / 4.5))
         tint: Theme.primary
     }
 
