@@ -7,14 +7,16 @@
 #include <cstdlib>
 #include <exception>
 #include <iostream>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "sandbox/Options.h"
-#include "sandbox/phrasebook/Phrasebook.h"
+#include "sandbox/recognition/RecogniserModels.h"
 #include "sandbox/server/Server.h"
+#include "sandbox/speech/SpeechRoutes.h"
 #include "sandbox/translation/TranslationRoutes.h"
 
 namespace {
@@ -37,9 +39,14 @@ std::string readyLine(const sandbox::Server::Listening &listening, const sandbox
 
 int serve(const sandbox::Options &options)
 {
-    const auto book = sandbox::Phrasebook::load(options.phrasebook.value_or(sandbox::Phrasebook::defaultFile()));
+    sandbox::RecogniserModels::Files files;
+    if (options.phrasebook)
+        files.phrasebook = *options.phrasebook;
+    const auto models = sandbox::RecogniserModels::load(files);
     sandbox::Server server(options.server);
-    sandbox::addTranslationRoutes(server.context().router, book, options.translator);
+    sandbox::addTranslationRoutes(server.context().router, models->book(), options.translator);
+    sandbox::addSpeechRoutes(std::make_shared<sandbox::SpeechService>(
+        sandbox::SpeechService{server.context(), options.speech, sandbox::makeSpeechEngines(models)}));
 
     const auto listening = server.listen();
     server.stopOnSignals();
