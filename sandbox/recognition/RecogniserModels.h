@@ -28,6 +28,8 @@ struct Grammar {
     };
     std::vector<Word> words;
     std::vector<Sentence> sentences;
+    /// A decoding with a score below this is not a sentence of the book.
+    double acceptanceThreshold = 0;
 };
 
 /// Everything that recognisers share: the book, the grammars made from it, and idle decoders. Loaded once; any thread.

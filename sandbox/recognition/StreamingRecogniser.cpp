@@ -15,7 +15,6 @@ namespace {
 /// of them together cost no more than the last.
 constexpr std::int64_t firstLook = 80;
 
-constexpr double threshold = UtteranceDecoder::acceptanceThreshold;
 constexpr double scoreScale = 10;
 
 Ticks ticks(std::int64_t samples)
@@ -24,7 +23,7 @@ Ticks ticks(std::int64_t samples)
 }
 
 /// 0.5 at the threshold, towards 1 for a perfect match.
-double confidence(double score)
+double confidence(double score, double threshold)
 {
     return 1 / (1 + std::exp((threshold - score) / scoreScale));
 }
@@ -85,9 +84,9 @@ void StreamingRecogniser::State::handle(EndPointer::Event event, Events &events)
         if (!decodedClip || decodedClip->endSample != clip.endSample)
             decode();
         events.emplace_back(SpeechEnded{ticks(clip.endSample)});
-        events.emplace_back(RecognisedPhrase{decoding ? decoding->sentence->text : "", ticks(clip.firstSample),
-                                             ticks(clip.endSample - clip.firstSample),
-                                             decoding ? confidence(decoding->score) : 0});
+        events.emplace_back(RecognisedPhrase{
+            decoding ? decoding->sentence->text : "", ticks(clip.firstSample), ticks(clip.endSample - clip.firstSample),
+            decoding ? confidence(decoding->score, models->grammar(language).acceptanceThreshold) : 0});
         break;
     }
 }
@@ -97,7 +96,7 @@ void StreamingRecogniser::State::decode()
 {
     decodedClip = endPointer.clip();
     decoding = decoder->decode(decodedClip->samples);
-    if (decoding && decoding->score < threshold)
+    if (decoding && decoding->score < models->grammar(language).acceptanceThreshold)
         decoding.reset();
 }
 

@@ -17,9 +17,6 @@ public:
     /// `grammar` outlives the decoder. Throws std::runtime_error when the model does not load.
     UtteranceDecoder(const Grammar &grammar, const std::filesystem::path &acousticModel);
 
-    /// A decoding with a score below this is not a sentence of the book. Found with sandbox/tools/measure-recogniser.
-    static constexpr double acceptanceThreshold = -70;
-
     struct Decoding {
         const Grammar::Sentence *sentence;
         /// How well the sentence explains the sound, compared with any sequence of sounds: the mean difference of the

@@ -17,6 +17,7 @@
 #include <ctime>
 #include <fstream>
 #include <random>
+#include <span>
 #include <sstream>
 #include <stdexcept>
 
@@ -37,6 +38,9 @@ struct Condition {
     Noise noise; ///< 20 dB below the speech
     double gain;
 };
+
+/// The sandbox's own voice, as the demo plays it.
+constexpr Condition ownVoice{"own voice", "+f3", 155, 50, 48000, Noise::None, 1};
 
 constexpr Condition conditions[] = {
     {"default man", "", 165, 50, 44100, Noise::None, 1},
@@ -207,17 +211,19 @@ try {
     if (hasFlag(argc, argv, "--help")) {
         std::puts(
             "measure-recogniser [--language CODE] [--every N] [--phase K] [--scores FILE] [--misses] "
-            "[--book-only]\n"
+            "[--book-only] [--own-voice]\n"
             "  --every N    each condition takes every Nth sentence (default 1), another Nth each\n"
             "  --scores F   appends a line per clip: kind, language, condition, text, right, mean, worst word, score\n"
             "  --misses     prints what was not recognised, and what was heard instead\n"
-            "  --book-only  leaves out the sentences outside the book");
+            "  --book-only  leaves out the sentences outside the book\n"
+            "  --own-voice  speaks with the sandbox's own voices instead of others");
         return 0;
     }
     const auto only = option(argc, argv, "--language", "");
     const auto every = static_cast<std::size_t>(std::max(1, std::atoi(option(argc, argv, "--every", "1").c_str())));
     const auto phase = static_cast<std::size_t>(std::atoi(option(argc, argv, "--phase", "0").c_str()));
     const auto scoresFile = option(argc, argv, "--scores", "");
+    const bool ownOnly = hasFlag(argc, argv, "--own-voice");
     const bool bookOnly = hasFlag(argc, argv, "--book-only");
     const bool misses = hasFlag(argc, argv, "--misses");
     std::ofstream scores;
@@ -225,11 +231,11 @@ try {
         scores.open(scoresFile, std::ios::app);
 
     const auto models = RecogniserModels::load();
-    const double threshold = UtteranceDecoder::acceptanceThreshold;
     for (const auto code : phrasebookLanguages) {
         const std::string language(code);
         if (!only.empty() && language != only)
             continue;
+        const double threshold = models->grammar(language).acceptanceThreshold;
         auto decoder = models->takeDecoder(language);
         std::mt19937 random(1);
         double seconds = 0;
@@ -240,7 +246,7 @@ try {
             int accepted = 0;
             int rightAndAccepted = 0;
             std::size_t offset = phase;
-            for (const auto &condition : conditions) {
+            for (const auto &condition : ownOnly ? std::span(&ownVoice, 1) : std::span(conditions)) {
                 for (std::size_t i = offset++ % every; i < texts.size(); i += every) {
                     const auto samples = recorded(texts[i], language, condition, random);
                     const double before = cpuSeconds();
