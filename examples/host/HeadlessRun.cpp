@@ -62,6 +62,7 @@ public:
         : m_options(options)
         , m_folder(options.outputFolder)
         , m_player(stage, room, options.outputFolder)
+        , m_actor(room, m_folder.filePath(u"recordings"_s))
     {
     }
 

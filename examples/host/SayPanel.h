@@ -4,9 +4,12 @@
 #include <QQmlEngine>
 #include <QStringList>
 
+#include <optional>
+
 #include "Room.h"
 #include "Stage.h"
 #include "VoiceActor.h"
+#include "language/Side.h"
 
 namespace host {
 

@@ -6,6 +6,7 @@
 #include "platform/device/Platform.h"
 #include "platform/dispatch/Console.h"
 #include "platform/dispatch/FatalError.h"
+#include "platform/net/CloudHosts.h"
 #include "translation/TranslationResponse.h"
 
 using namespace Qt::StringLiterals;
@@ -13,14 +14,13 @@ using namespace Qt::StringLiterals;
 namespace vynlex {
 namespace {
 
-constexpr auto endpoint = "https://api.cognitive.microsofttranslator.com";
-
 HttpRequest translationRequest(const QString &text, const QString &targetCode,
                                const std::optional<VLTranslationConfig> &config)
 {
     HttpRequest request;
     request.method = "POST";
-    request.url = QUrl(QLatin1String(endpoint) + "/translate?api-version=3.0&to="_L1 + targetCode, QUrl::StrictMode);
+    request.url = QUrl("https://"_L1 + publicCloudHosts().translator + "/translate?api-version=3.0&to="_L1 + targetCode,
+                       QUrl::StrictMode);
     if (!request.url.isValid())
         fatalError(u"No translator address can be formed for the language code \"%1\"."_s.arg(targetCode));
     request.headers = {

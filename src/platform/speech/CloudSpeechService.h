@@ -21,7 +21,7 @@ public:
     using MakeAudioPlayer = std::function<std::unique_ptr<AudioPlayer>()>;
 
     CloudSpeechService(std::shared_ptr<SocketWorker> worker, MakeAudioPlayer makeAudioPlayer,
-                       SpeechHostTable hosts = publicSpeechHosts());
+                       SpeechHostTable hosts = publicCloudHosts().speech);
 
     tl::expected<std::shared_ptr<SpeechRecognizer>, QString> makeRecognizer(const SpeechConfig &config,
                                                                             const AudioConfig &audio) override;

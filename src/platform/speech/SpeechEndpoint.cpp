@@ -17,16 +17,6 @@ QString host(const SpeechHostTable &hosts, const QString &region, const char *se
 
 } // namespace
 
-const SpeechHostTable &publicSpeechHosts()
-{
-    static const SpeechHostTable table{
-        {"china", ".azure.cn"},
-        {"usgov", ".azure.us"},
-        {"", ".microsoft.com"},
-    };
-    return table;
-}
-
 QUrl recognitionUrl(const SpeechHostTable &hosts, const QString &region, const QString &language, RecognitionMode mode)
 {
     QUrl url;

@@ -5,20 +5,10 @@
 
 #include <vector>
 
+#include "platform/net/CloudHosts.h"
 #include "platform/net/WebSocketClient.h"
 
 namespace vynlex {
-
-/// Where the speech service lives. A region whose name starts with `regionPrefix` (in any case) has hosts that end in
-/// `suffix`; the first rule that fits counts, so the one with the empty prefix comes last.
-struct SpeechHostRule {
-    QString regionPrefix;
-    QString suffix;
-};
-using SpeechHostTable = std::vector<SpeechHostRule>;
-
-/// The public cloud and the two national ones.
-const SpeechHostTable &publicSpeechHosts();
 
 /// The dictation path turns spoken punctuation into signs; it is the service's decision by path.
 enum class RecognitionMode { Conversation, Dictation };
