@@ -32,7 +32,7 @@ struct WebSocketHandler {
     std::function<boost::asio::awaitable<void>(std::shared_ptr<WebSocketConnection>, const HttpRequest &)> serve;
 
     /// A longer message ends the connection with code 1009.
-    std::size_t maxMessageBytes = 1024 * 1024;
+    std::size_t maxMessageBytes = std::size_t{1024} * 1024;
     /// A peer that sends nothing for so long is dropped. The speech service's documented limit is 180 s.
     std::chrono::seconds idleLimit{180};
 };
