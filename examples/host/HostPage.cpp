@@ -17,7 +17,7 @@ void HostPage::didPressTranslateAction()
 
 QUrl HostPage::viewSource() const
 {
-    return QUrl(u"qrc:/host/ConferaHost/HostPage.qml"_s);
+    return QUrl(u"qrc:/qt-project.org/imports/ConferaHost/HostPage.qml"_s);
 }
 
 } // namespace host

@@ -7,7 +7,7 @@ namespace host {
 /// The host's own screen, from which it opens the kit.
 class HostPage : public vynlex::ViewController {
     Q_OBJECT
-    QML_ELEMENT
+    QML_NAMED_ELEMENT(HostPageController)
     QML_UNCREATABLE("The page is made by the host.")
 
 public:

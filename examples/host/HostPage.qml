@@ -6,7 +6,7 @@ import ConferaHost
 Rectangle {
     id: root
 
-    required property HostPage controller
+    required property HostPageController controller
     required property ScreenWindow window
 
     color: "#FFFFFF"

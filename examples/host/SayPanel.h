@@ -18,7 +18,7 @@ namespace host {
 /// Main thread.
 class SayPanel : public QObject {
     Q_OBJECT
-    QML_ELEMENT
+    QML_NAMED_ELEMENT(SayPanelController)
     QML_UNCREATABLE("The panel is made by the host.")
 
     Q_PROPERTY(QStringList sentences READ sentences NOTIFY sentencesChanged FINAL)

@@ -1,5 +1,3 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
 import VynlexTranslationSDK.Ui
 import ConferaHost
@@ -8,7 +6,7 @@ import ConferaHost
 Rectangle {
     id: root
 
-    required property SayPanel panel
+    required property SayPanelController panel
 
     color: "#20242F"
 

@@ -17,7 +17,7 @@ constexpr qreal panelWidth = 300;
 /// Lays the panel beside the phone; both grow with the window.
 std::unique_ptr<QQuickItem> makePanel(Stage &stage, SayPanel &panel)
 {
-    QQmlComponent component(&stage.engine(), QUrl(u"qrc:/host/ConferaHost/SayPanel.qml"_s));
+    QQmlComponent component(&stage.engine(), QUrl(u"qrc:/qt-project.org/imports/ConferaHost/SayPanel.qml"_s));
     auto *const item =
         qobject_cast<QQuickItem *>(component.createWithInitialProperties({{u"panel"_s, QVariant::fromValue(&panel)}}));
     if (!item)
