@@ -38,7 +38,7 @@ Rectangle {
         }
         WideButton {
             width: parent.width
-            title: qsTr("Translate a conversation")
+            name: qsTr("Translate a conversation")
             onPressed: root.controller.didPressTranslateAction()
         }
     }

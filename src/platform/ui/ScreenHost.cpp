@@ -50,6 +50,9 @@ public:
         if (content.viewSource().isEmpty())
             return;
         QQmlComponent component(&engine, content.viewSource());
+        if (!component.isReady()) // creating would crash inside of Qt
+            fatalError(
+                u"The view %1 cannot be loaded: %2"_s.arg(content.viewSource().toString(), component.errorString()));
         auto *const view = qobject_cast<QQuickItem *>(component.createWithInitialProperties(
             {{u"controller"_s, QVariant::fromValue(&content)}, {u"window"_s, QVariant::fromValue(&window)}}));
         if (!view)
