@@ -169,7 +169,8 @@ tl::expected<TurnRecord, QString> ConversationPlayer::playTurn(Side side, const 
     return turn;
 }
 
-tl::expected<void, QString> ConversationPlayer::takePicturesOfEveryState(const QString &wavFile)
+tl::expected<void, QString> ConversationPlayer::takePicturesOfEveryState(const QString &wavFile,
+                                                                         const std::function<void()> &holdTranslation)
 {
     QString problem;
     const auto take = [&](const QString &name) {
@@ -210,13 +211,18 @@ tl::expected<void, QString> ConversationPlayer::takePicturesOfEveryState(const Q
         side.pressMicrophone();
         m_stage.settle();
     }
+    if (holdTranslation)
+        holdTranslation();
     if (const auto said = m_room.say(wavFile); !said)
         return failure(said.error());
-    if (Stage::waitUntil([&] { return speaker.state() == SideState::Busy; }, serviceLimit))
+    if (Stage::waitUntil([&] { return speaker.state() == SideState::Busy; }, serviceLimit)) {
+        Stage::waitUntil([] { return false; }, 200ms); // the look has changed by then
         take(u"translating"_s);
+    }
     if (!Stage::waitUntil([&] { return listener.showsText(); }, serviceLimit))
         return failure(u"Nothing was recognised or translated while the pictures were taken."_s);
     settleAndTake(u"translated"_s);
+    m_room.setPlayback(Room::Speed::RealTime); // there is to be a moment for the picture
     for (const Half &side : {listener, speaker}) {
         m_room.record(path(u"state-speaking.wav"_s));
         side.pressReadAloud();
@@ -226,6 +232,7 @@ tl::expected<void, QString> ConversationPlayer::takePicturesOfEveryState(const Q
         }
         Stage::waitUntil([&] { return !side.readAloud().isSelected(); }, serviceLimit);
     }
+    m_room.setPlayback(m_room.speed());
     m_screen->didPressConversionButtonAction();
     settleAndTake(u"swapped"_s);
     m_screen->didPressConversionButtonAction();

@@ -33,7 +33,8 @@ public:
     tl::expected<TurnRecord, QString> playTurn(vynlex::Side side, const QString &wavFile, const QString &name);
 
     /// Pictures of every state of every screen, as the conversation goes by.
-    tl::expected<void, QString> takePicturesOfEveryState(const QString &wavFile);
+    tl::expected<void, QString> takePicturesOfEveryState(const QString &wavFile,
+                                                         const std::function<void()> &holdTranslation);
 
 private:
     struct Half;

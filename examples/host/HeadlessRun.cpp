@@ -15,8 +15,7 @@ namespace {
 /// Sentences of the phrasebook that make a small conversation.
 constexpr std::array conversation = {"greet.morning", "greet.nicetomeet", "dir.station", "meet.wait"};
 /// Sentences for the pairs of languages, one after the other.
-constexpr std::array pairSentences = {"dir.station",   "travel.cost",   "travel.airport",
-                                      "help.pharmacy", "meet.tomorrow", "greet.howareyou"};
+constexpr std::array pairSentences = {"dir.station", "travel.cost", "travel.airport", "help.pharmacy", "travel.room"};
 
 /// A turn that is about to be played: a file, or a sentence of the phrasebook that is recorded first.
 struct Plan {
@@ -58,8 +57,9 @@ std::vector<Plan> planOf(const Options &options)
 /// Plays the turns of one run.
 class Run {
 public:
-    Run(const Options &options, Stage &stage, Room &room)
+    Run(const Options &options, Stage &stage, Room &room, const std::function<void()> &holdTranslation)
         : m_options(options)
+        , m_holdTranslation(holdTranslation)
         , m_folder(options.outputFolder)
         , m_player(stage, room, options.outputFolder)
         , m_actor(room, m_folder.filePath(u"recordings"_s))
@@ -91,7 +91,7 @@ private:
         if (m_options.allPairs || !m_options.turns.empty())
             return {};
         return recordingOf(conversation.front(), Side::Speaker).and_then([&](const QString &file) {
-            return m_player.takePicturesOfEveryState(file);
+            return m_player.takePicturesOfEveryState(file, m_holdTranslation);
         });
     }
 
@@ -99,10 +99,14 @@ private:
     {
         const std::vector<Plan> plan = planOf(m_options);
         for (const Plan &step : plan) {
-            if (auto played = playStep(step); !played)
-                return played;
+            if (const auto played = playStep(step); !played)
+                say(played.error()); // the others go on
         }
-        say(u"%1 of %2 turns came through; see %3"_s.arg(m_turns.size()).arg(plan.size()).arg(m_folder.path()));
+        const auto outcome =
+            u"%1 of %2 turns came through; see %3"_s.arg(m_turns.size()).arg(plan.size()).arg(m_folder.path());
+        if (m_turns.size() < plan.size())
+            return tl::unexpected(outcome);
+        say(outcome);
         return {};
     }
 
@@ -119,7 +123,7 @@ private:
                                                  : tl::expected<QString, QString>(step.wavFile);
         if (!file)
             return tl::unexpected(file.error());
-        const auto turn = m_player.playTurn(step.side, *file, u"turn-%1"_s.arg(m_turns.size() + 1, 2, 10, QChar(u'0')));
+        const auto turn = m_player.playTurn(step.side, *file, u"turn-%1"_s.arg(++m_played, 2, 10, QChar(u'0')));
         if (!turn)
             return tl::unexpected(turn.error());
         m_turns.push_back(*turn);
@@ -142,17 +146,20 @@ private:
     static void say(const QString &line) { QTextStream(stderr) << line << Qt::endl; }
 
     const Options &m_options;
+    const std::function<void()> &m_holdTranslation;
     const QDir m_folder;
     ConversationPlayer m_player;
     VoiceActor m_actor;
     std::vector<TurnRecord> m_turns;
+    int m_played = 0;
 };
 
 } // namespace
 
-tl::expected<void, QString> runHeadless(const Options &options, Stage &stage, Room &room)
+tl::expected<void, QString> runHeadless(const Options &options, Stage &stage, Room &room,
+                                        const std::function<void()> &holdTranslation)
 {
-    return Run(options, stage, room).play();
+    return Run(options, stage, room, holdTranslation).play();
 }
 
 } // namespace host

@@ -8,6 +8,7 @@ namespace host {
 
 Room::Room(Speed speed)
     : m_speed(speed)
+    , m_playback(speed)
     , m_microphone(speed == Speed::RealTime ? WavMicrophone::Pace::RealTime : WavMicrophone::Pace::AsFastAsAccepted)
     , m_speechEnded(std::make_shared<Guarded<std::optional<std::chrono::steady_clock::time_point>>>())
 {
@@ -23,8 +24,9 @@ std::unique_ptr<AudioPlayer> Room::makeAudioPlayer()
 {
     const QString asked = m_recording.exchange({});
     const QString file = asked.isEmpty() ? m_temporary.filePath(QStringLiteral("unasked.wav")) : asked;
-    return std::make_unique<WavAudioPlayer>(file, m_speed == Speed::RealTime ? WavAudioPlayer::Pace::RealTime
-                                                                             : WavAudioPlayer::Pace::AsFastAsWritten);
+    return std::make_unique<WavAudioPlayer>(file, m_playback.copy() == Speed::RealTime
+                                                      ? WavAudioPlayer::Pace::RealTime
+                                                      : WavAudioPlayer::Pace::AsFastAsWritten);
 }
 
 tl::expected<void, QString> Room::say(const QString &wavFile)

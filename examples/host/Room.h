@@ -28,6 +28,10 @@ public:
     [[nodiscard]] std::unique_ptr<vynlex::AudioEngine> makeAudioEngine() const;
     [[nodiscard]] std::unique_ptr<vynlex::AudioPlayer> makeAudioPlayer();
 
+    [[nodiscard]] Speed speed() const { return m_speed; }
+    /// The loudspeaker's speed from the next sound on; `speed` unless set.
+    void setPlayback(Speed speed) { m_playback.set(speed); }
+
     /// Says a recording: the running microphone hears it now, or the next one from its start. Fails with one line when
     /// the file is no such recording.
     tl::expected<void, QString> say(const QString &wavFile);
@@ -40,6 +44,7 @@ public:
 
 private:
     const Speed m_speed;
+    vynlex::Guarded<Speed> m_playback;
     vynlex::WavMicrophone m_microphone;
     QTemporaryDir m_temporary;
     vynlex::Guarded<QString> m_recording;

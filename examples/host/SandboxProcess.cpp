@@ -2,11 +2,13 @@
 
 #include <QDeadlineTimer>
 #include <QFile>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QNetworkProxy>
 #include <QSslCertificate>
 #include <QSslConfiguration>
+#include <QTcpSocket>
 
 using namespace Qt::StringLiterals;
 
@@ -48,6 +50,22 @@ vynlex::VLTranslationConfig SandboxProcess::configuration()
     return {u"sandbox-speech-key"_s, u"centralindia"_s, u"sandbox-translator-key"_s};
 }
 
+void SandboxProcess::delayNextTranslation(std::chrono::milliseconds delay) const
+{
+    const QByteArray faults =
+        QJsonDocument(
+            QJsonArray{QJsonObject{
+                {"path", "/translate"}, {"kind", "latency"}, {"ms", static_cast<qint64>(delay.count())}, {"times", 1}}})
+            .toJson(QJsonDocument::Compact);
+    QTcpSocket control;
+    control.setProxy(QNetworkProxy::NoProxy);
+    control.connectToHost(u"127.0.0.1"_s, m_controlPort);
+    control.write("POST /faults HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\nContent-Type: application/json\r\n"
+                  "Content-Length: " +
+                  QByteArray::number(faults.size()) + "\r\n\r\n" + faults);
+    control.waitForDisconnected(5000); // the answer has come, or a picture will show no wait
+}
+
 tl::expected<void, QString> SandboxProcess::readStartUpLine()
 {
     const QDeadlineTimer deadline(startUpLimitMs);
@@ -58,6 +76,7 @@ tl::expected<void, QString> SandboxProcess::readStartUpLine()
     const QJsonObject line = QJsonDocument::fromJson(m_process.readLine()).object();
     const QString authorityFile = line["ca"_L1].toString();
     const QList<QSslCertificate> authority = QSslCertificate::fromPath(authorityFile);
+    m_controlPort = static_cast<quint16>(line["control"_L1].toInt());
     const int proxyPort = line["proxy"_L1].toInt();
     if (authority.isEmpty() || proxyPort == 0)
         return tl::unexpected(u"The sandbox's start-up line cannot be used."_s);

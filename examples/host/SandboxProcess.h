@@ -5,6 +5,7 @@
 #include <QProcess>
 #include <QString>
 
+#include <chrono>
 #include <memory>
 #include <tl/expected.hpp>
 
@@ -25,11 +26,15 @@ public:
     /// Keys and region that a sandbox started without any accepts.
     static vynlex::VLTranslationConfig configuration();
 
+    /// Makes the next translation take that long, so that a picture can be taken of the wait.
+    void delayNextTranslation(std::chrono::milliseconds delay) const;
+
 private:
     SandboxProcess() = default;
     tl::expected<void, QString> readStartUpLine();
 
     QProcess m_process;
+    quint16 m_controlPort = 0;
 };
 
 } // namespace host

@@ -106,7 +106,10 @@ int main(int argc, char **argv)
     host::Stage stage(options->size);
     if (!headless)
         return host::runWindowed(stage, room, !device.hasMicrophone);
-    if (const auto played = host::runHeadless(*options, stage, room); !played)
+    std::function<void()> holdTranslation;
+    if (sandbox)
+        holdTranslation = [&] { sandbox->delayNextTranslation(std::chrono::seconds(1)); };
+    if (const auto played = host::runHeadless(*options, stage, room, holdTranslation); !played)
         return complain(played.error());
     return EXIT_SUCCESS;
 }

@@ -39,6 +39,7 @@ Rectangle {
     Accessible.name: root.who
 
     Behavior on color {
+        enabled: root.listening // the way back is at once: there is text to be read
         ColorAnimation {
             duration: Theme.quick
         }

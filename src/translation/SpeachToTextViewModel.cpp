@@ -78,16 +78,22 @@ void SpeachToTextViewModel::startSpeechRecognition(bool isSpeaker, ResultHandler
     if (!config)
         fatalError("No speech configuration can be made: "_L1 + config.error());
     config->setSpeechRecognitionLanguage(m_languages.recognitionLocale(isSpeaker ? Side::Speaker : Side::Listener));
-    m_wasStarted = true;
-    m_controlQueue.async([weak = weak_from_this(), config = *config, onResult = std::move(onResult)] {
+    // A result of an earlier listening that is already on its way to the main queue has nothing to say any more.
+    const ResultHandler onLatestResult = [weak = weak_from_this(), start = ++m_startCount,
+                                          onResult = std::move(onResult)](const QString &text, std::int64_t duration) {
+        const auto self = weak.lock();
+        if (self && self->m_startCount == start)
+            onResult(text, duration);
+    };
+    m_controlQueue.async([weak = weak_from_this(), config = *config, onLatestResult] {
         if (const auto self = weak.lock())
-            self->start(config, onResult);
+            self->start(config, onLatestResult);
     });
 }
 
 void SpeachToTextViewModel::stopSpeechRecognition()
 {
-    if (!m_wasStarted)
+    if (m_startCount == 0)
         fatalError(u"Speech recognition was stopped before it was ever started."_s);
     m_controlQueue.async([weak = weak_from_this()] {
         if (const auto self = weak.lock())
@@ -104,14 +110,10 @@ void SpeachToTextViewModel::start(SpeechConfig config, const ResultHandler &onRe
         fatalError("No speech recognizer can be made: "_L1 + made.error());
     m_reco = *made;
 
-    m_reco->recognized = [weak = weak_from_this(), reco = std::weak_ptr(m_reco),
-                          onResult](const SpeechRecognitionResult &result) {
+    m_reco->recognized = [onResult](const SpeechRecognitionResult &result) {
         consoleLine("Final recognition result: "_L1 + (result.text.isEmpty() ? u"(no result)"_s : result.text));
-        MainQueue::async([weak, reco, onResult, text = result.text, duration = result.duration] {
-            // A recogniser that was replaced in between has nothing to say any more.
-            if (!weak.expired() && !reco.expired())
-                onResult(text, wholeDuration(duration));
-        });
+        MainQueue::async(
+            [onResult, text = result.text, duration = result.duration] { onResult(text, wholeDuration(duration)); });
     };
     m_reco->canceled = [](const CancellationDetails &details) {
         consoleLine("Recognition canceled: "_L1 +

@@ -53,7 +53,7 @@ private:
     const QString m_region;
     const LanguageTranslation &m_languages;
 
-    bool m_wasStarted = false;
+    std::uint64_t m_startCount = 0; ///< on the main thread
 
     // On the control queue only.
     std::unique_ptr<AudioEngine> m_audioEngine;

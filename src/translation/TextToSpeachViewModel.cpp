@@ -25,6 +25,11 @@ TextToSpeachViewModel::TextToSpeachViewModel()
 void TextToSpeachViewModel::speakText(const QString &text, bool isSpeaker, const QString &voiceName,
                                       const std::function<void()> &onCompleted)
 {
+    std::shared_ptr<SpeechSynthesizer> previous; // let go of outside of the lock
+    const std::uint64_t call = m_speaking.with([&](Speaking &speaking) {
+        previous = std::move(speaking.synthesizer);
+        return ++speaking.lastCall;
+    });
     AudioManager::setUpAudioSession();
 
     auto config = SpeechConfig::fromSubscription(m_sub, m_region);
@@ -45,9 +50,13 @@ void TextToSpeachViewModel::speakText(const QString &text, bool isSpeaker, const
         consoleLine(u"completedSynthesizer"_s);
         onCompleted();
     };
-    m_synthesizer.set(synthesizer);
+    const bool stopped = m_speaking.with([&](Speaking &speaking) {
+        if (speaking.lastCall == call)
+            speaking.synthesizer = synthesizer;
+        return speaking.stoppedCall == call;
+    });
 
-    if (text.isEmpty())
+    if (text.isEmpty() || stopped)
         return; // Nothing to say, and deliberately nobody is told.
 
     const auto result = synthesizer->speakText(text);
@@ -59,7 +68,11 @@ void TextToSpeachViewModel::speakText(const QString &text, bool isSpeaker, const
 
 void TextToSpeachViewModel::stopSpeaking()
 {
-    const auto synthesizer = m_synthesizer.copy();
+    const auto synthesizer = m_speaking.with([](Speaking &speaking) {
+        if (!speaking.synthesizer)
+            speaking.stoppedCall = speaking.lastCall;
+        return speaking.synthesizer;
+    });
     if (!synthesizer)
         return;
     // The words are those of a failed creation, deliberately: one line stands for both.

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 
@@ -36,7 +37,14 @@ private:
     const QString m_sub;
     const QString m_region;
     const LanguageTranslation &m_languages;
-    Guarded<std::shared_ptr<SpeechSynthesizer>> m_synthesizer;
+
+    /// A call of `speakText` is known by its number from its first line on, so that a stop cannot come too early.
+    struct Speaking {
+        std::uint64_t lastCall = 0;
+        std::uint64_t stoppedCall = 0;
+        std::shared_ptr<SpeechSynthesizer> synthesizer; ///< of the last call; null while that prepares
+    };
+    Guarded<Speaking> m_speaking;
 };
 
 } // namespace vynlex
