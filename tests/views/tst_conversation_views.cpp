@@ -93,6 +93,7 @@ private slots:
              {"fresh", "speaker-listening", "being-translated", "translated", "speaker-reading-aloud"}) {
             ConversationStage stage(m_phone);
             QVERIFY(scene(QString::fromLatin1(name)).play(stage));
+            QTest::qWait(500); // a moment into the movement that is part of a look
             looks.emplace_back(QString::fromLatin1(name), lowerHalfInGrey(stage));
         }
         for (std::size_t one = 0; one < looks.size(); ++one) {
