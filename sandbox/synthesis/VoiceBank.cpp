@@ -20,10 +20,10 @@ struct Voice {
 const std::vector<Voice> &voices()
 {
     static const std::vector<Voice> table{
-        {"en-US-AriaNeural", {"en-us+f3", 155, 50}},    {"en-IN-NeerjaNeural", {"en+f2", 150, 55}},
-        {"en-IN-PrabhatNeural", {"en+m3", 150, 45}}, {"hi-IN-SwaraNeural", {"hi+f3", 155, 50}},
-        {"gu-IN-DhwaniNeural", {"gu+f3", 155, 50}},     {"mr-IN-AarohiNeural", {"mr+f3", 155, 50}},
-        {"bn-IN-TanishaaNeural", {"bn+f3", 155, 50}},   {"te-IN-ShrutiNeural", {"te+f3", 155, 50}},
+        {"en-US-AriaNeural", {"en-us+f3", 155, 50}},  {"en-IN-NeerjaNeural", {"en+f2", 150, 55}},
+        {"en-IN-PrabhatNeural", {"en+m3", 150, 45}},  {"hi-IN-SwaraNeural", {"hi+f3", 155, 50}},
+        {"gu-IN-DhwaniNeural", {"gu+f3", 155, 50}},   {"mr-IN-AarohiNeural", {"mr+f3", 155, 50}},
+        {"bn-IN-TanishaaNeural", {"bn+f3", 155, 50}}, {"te-IN-ShrutiNeural", {"te+f3", 155, 50}},
     };
     return table;
 }

@@ -14,8 +14,8 @@ class CurlWorker;
 /// HTTP/1.1 only, so that header names keep their letter case and "connections per host" means what it says. All
 /// sessions share one worker thread and its idle connections; the limit per host counts per session. A request sends
 /// the listed headers and nothing else but Host, Content-Length where there is a body, and what a proxy needs. A body
-/// is decoded when the headers that go out ask for gzip, deflate or br. Damage in a compressed body is noticed; that the
-/// server compressed only a part and sent all of that is not.
+/// is decoded when the headers that go out ask for gzip, deflate or br. Damage in a compressed body is noticed; that
+/// the server compressed only a part and sent all of that is not.
 ///
 /// A kept connection that the server closed before it answered a byte is replaced by a new one, unseen.
 class CurlHttpTransport final : public HttpTransport {
