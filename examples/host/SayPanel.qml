@@ -36,6 +36,7 @@ Rectangle {
         }
         clip: true
         model: root.panel.sentences
+        // qmllint disable unqualified
         delegate: Item {
             id: row
 
@@ -73,5 +74,6 @@ Rectangle {
                 onTapped: root.panel.say(row.index)
             }
         }
+        // qmllint enable unqualified
     }
 }
