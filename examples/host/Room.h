@@ -41,6 +41,7 @@ public:
 
     /// The next sound from the loudspeaker goes into this file; sounds that nobody asked for go into a temporary one.
     void record(const QString &wavFile);
+    [[nodiscard]] bool isRecording() const { return !m_recording.copy().isEmpty(); }
 
 private:
     const Speed m_speed;

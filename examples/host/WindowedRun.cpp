@@ -34,6 +34,7 @@ int runWindowed(Stage &stage, Room &room, bool needsVoice)
     QQuickWindow &window = stage.window();
     window.setTitle(u"Confera"_s);
     const QTemporaryDir recordings;
+    room.setPlayback(Room::Speed::AsFastAsAccepted); // only recordings of what is to be said are made in the room
     SayPanel sayPanel(stage, room, recordings.path());
     std::unique_ptr<QQuickItem> panel;
     if (needsVoice) {

@@ -62,8 +62,11 @@ struct Device {
     {
         if (!hasMicrophone)
             platform.makeAudioEngine = [&room] { return room.makeAudioEngine(); };
+        // Recordings of what is to be said go into files also where there is a loudspeaker.
+        platform.makeAudioPlayer = [&room, headless, makeLoudspeaker = platform.makeAudioPlayer] {
+            return headless || room.isRecording() ? room.makeAudioPlayer() : makeLoudspeaker();
+        };
         if (headless) {
-            platform.makeAudioPlayer = [&room] { return room.makeAudioPlayer(); };
             // A demonstration leaves the user's own choices alone.
             platform.userDefaults = std::make_shared<QSettingsUserDefaults>(settingsFile);
         }
