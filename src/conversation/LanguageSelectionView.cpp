@@ -59,6 +59,7 @@ LanguageCell LanguageSelectionView::cellForRow(int row) const
 void LanguageSelectionView::reloadTable()
 {
     std::vector<LanguageCell> cells;
+    cells.reserve(languageOptions.size());
     for (int row = 0; row < numberOfRows(); ++row)
         cells.push_back(cellForRow(row));
     m_table.setRows(std::move(cells));

@@ -48,11 +48,11 @@ struct Conversion {
 
 std::int64_t wholeDuration(Ticks ticks)
 {
-    constexpr auto timeScale = std::int64_t{1000};
+    constexpr std::int64_t timeScale = 1000; // units per second
+    constexpr std::int64_t longest = std::numeric_limits<std::int64_t>::max() / timeScale;
     const auto seconds =
         ticks.count(); // The service's tick count is taken for seconds, deliberately: owners get ticks.
-    if (std::abs(static_cast<double>(seconds)) >=
-        static_cast<double>(std::numeric_limits<std::int64_t>::max() / timeScale))
+    if (seconds > longest || seconds < -longest)
         fatalError(u"The service reported a duration of %1 ticks, which is no time."_s.arg(seconds));
     return seconds;
 }

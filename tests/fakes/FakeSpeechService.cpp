@@ -99,9 +99,11 @@ struct FakeUtterance::State {
             return false;
         const SpeechSynthesisResult result{
             ResultReason::SynthesizingAudioCompleted, {}, std::chrono::milliseconds(60) * text.size()};
-        if (completed)
-            deliver(delivery, [&] { return gate->run([&] { completed(result); }); });
-        release(result);
+        // A synthesiser that goes in between hears nothing, and its text was not heard to its end.
+        const bool heard = !completed || deliver(delivery, [&] { return gate->run([&] { completed(result); }); });
+        release(heard
+                    ? result
+                    : SpeechSynthesisResult{ResultReason::Canceled, {CancellationReason::CancelledByUser, {}, {}}, {}});
         return true;
     }
 

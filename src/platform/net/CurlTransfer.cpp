@@ -231,7 +231,7 @@ std::size_t CurlTransfer::onHeader(char *data, std::size_t size, std::size_t cou
 std::size_t CurlTransfer::onBody(char *data, std::size_t size, std::size_t count, void *self)
 {
     auto *transfer = static_cast<CurlTransfer *>(self);
-    const auto length = static_cast<qsizetype>(size * count);
+    const auto length = static_cast<qsizetype>(size) * static_cast<qsizetype>(count);
     if (transfer->m_body.size() + length > transfer->m_order.session->maximumBodyBytes) {
         transfer->m_tooLarge = true;
         return 0;

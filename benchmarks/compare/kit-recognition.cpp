@@ -1,0 +1,66 @@
+// Streams a raw 16 kHz, 16-bit, mono file to the sandbox through the kit's speech client, at the speed of sound, and
+// prints what that cost this process.
+//   kit-recognition SANDBOX FILE.pcm
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QTextStream>
+#include <QTimer>
+
+#include <sys/resource.h>
+
+#include <atomic>
+
+#include "SandboxProcess.h"
+#include "platform/device/Platform.h"
+
+using namespace vynlex;
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    QTextStream out(stdout);
+    QFile file(argc == 3 ? QString::fromLocal8Bit(argv[2]) : QString());
+    if (!file.open(QIODevice::ReadOnly)) {
+        out << "usage: kit-recognition SANDBOX FILE.pcm" << Qt::endl;
+        return 2;
+    }
+    const auto sandbox = host::SandboxProcess::start(QString::fromLocal8Bit(argv[1]));
+    if (!sandbox) {
+        out << sandbox.error() << Qt::endl;
+        return EXIT_FAILURE;
+    }
+    const VLTranslationConfig keys = host::SandboxProcess::configuration();
+    auto config = SpeechConfig::fromSubscription(keys.speechKey(), keys.speechRegion());
+    config->enableDictation();
+    PushAudioInputStream stream = PushAudioInputStream::create();
+    const auto recogniser =
+        Platform::current()->speechService->makeRecognizer(*config, AudioConfig::fromStreamInput(stream));
+    std::atomic<int> phrases = 0;
+    (*recogniser)->recognized = [&](const SpeechRecognitionResult &result) { phrases += !result.text.isEmpty(); };
+    (*recogniser)->canceled = [&](const CancellationDetails &) {
+        QMetaObject::invokeMethod(&application, &QCoreApplication::quit, Qt::QueuedConnection);
+    };
+    if (!(*recogniser)->startContinuousRecognition())
+        return EXIT_FAILURE;
+
+    constexpr qint64 pieceBytes = 3200;
+    QTimer pace;
+    pace.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&pace, &QTimer::timeout, [&] {
+        const QByteArray piece = file.read(pieceBytes);
+        if (!piece.isEmpty())
+            return stream.write(piece);
+        stream.close();
+        pace.stop();
+    });
+    pace.start(100);
+    QCoreApplication::exec();
+
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    const auto ms = [](const timeval &time) { return time.tv_sec * 1000 + time.tv_usec / 1000; };
+    out << "kit: " << phrases << " phrases, CPU " << ms(usage.ru_utime) + ms(usage.ru_stime) << " ms, peak memory "
+        << usage.ru_maxrss / 1024 << " MiB" << Qt::endl;
+    return EXIT_SUCCESS;
+}

@@ -1,0 +1,62 @@
+// The kit's own share of a turn: from the final phrase handed over by the speech service to the other label painted,
+// with services that answer at once. The screen is the real one, drawn by the software renderer at 390 x 844 points.
+
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QTextStream>
+
+#include <algorithm>
+#include <vector>
+
+#include "tests/fakes/CapturedConsole.h"
+#include "tests/views/ConversationStage.h"
+
+using namespace Qt::StringLiterals;
+using namespace vynlex;
+
+namespace {
+
+constexpr int turns = 300;
+
+double percentile(std::vector<double> values, double share)
+{
+    std::ranges::sort(values);
+    return values.at(static_cast<std::size_t>(share * static_cast<double>(values.size() - 1)));
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QT_QUICK_BACKEND", "software");
+    QGuiApplication application(argc, argv);
+    ConversationStage stage(deviceShapes().front());
+
+    std::vector<double> turnMs;
+    std::vector<double> drawingMs;
+    {
+        const CapturedConsole console; // what the kit prints would be drawn by nobody
+        for (int turn = 0; turn < turns; ++turn) {
+            const int before = stage.platform.network->requestCount();
+            if (!stage.listen(Side::Speaker))
+                return EXIT_FAILURE;
+            QElapsedTimer timer;
+            timer.start();
+            stage.platform.speechService->lastRecognition().deliverRecognized(u"Where is the railway station?"_s);
+            while (stage.platform.network->requestCount() == before)
+                QCoreApplication::processEvents();
+            stage.translate(u"रेलवे स्टेशन %1 कहाँ है?"_s.arg(turn));
+            static_cast<void>(stage.window.grabWindow());
+            turnMs.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
+            timer.start();
+            static_cast<void>(stage.window.grabWindow());
+            drawingMs.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
+        }
+    }
+    QTextStream(stdout) << "turn, painting included: median " << percentile(turnMs, 0.5) << " ms, 95th percentile "
+                        << percentile(turnMs, 0.95) << " ms\n"
+                        << "drawing the same picture: median " << percentile(drawingMs, 0.5) << " ms, 95th percentile "
+                        << percentile(drawingMs, 0.95) << " ms" << Qt::endl;
+    return EXIT_SUCCESS;
+}
