@@ -57,7 +57,8 @@ struct HttpSessionConfiguration {
 };
 
 /// Port: one HTTP session (a connection pool with its settings). Nothing is cached, no cookie is kept, no redirect is
-/// followed, no request is retried.
+/// followed, no request is retried; only a kept connection that dies before the first byte of an answer may be replaced
+/// by a new one, unseen.
 class HttpTransport {
 public:
     using Completion = std::function<void(tl::expected<HttpResponse, TransportError>)>;
