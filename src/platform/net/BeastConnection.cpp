@@ -422,6 +422,8 @@ template<typename Socket> asio::awaitable<void> BeastConnection::read(Socket &so
         const auto data = buffer.cdata();
         const QByteArray message(static_cast<const char *>(data.data()), static_cast<qsizetype>(data.size()));
         buffer.consume(buffer.size());
+        if (m_ownClose) // The closing frame may still wait behind what was sent before it.
+            continue;
         if (socket.got_text())
             emitEvent(websocket::Text{message});
         else
