@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QByteArray>
+#include <QJsonObject>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <utility>
+#include <vector>
+
+namespace vynlex {
+
+/// Holds requests and answers against an OpenAPI 3.0 document.
+///
+/// Violations are sentences that begin with the place ("body.contacts[2].phoneNo: ..."); an empty list means that the
+/// document is met. Strict where the document leaves room: a query parameter that it does not name, and a body where it
+/// names none, are violations. What the document does not name at all (path, method, status) is one as well.
+///
+/// Knows what our document uses: local references, parameters in header, path and query (comma-separated lists
+/// included), JSON bodies, a key in a header (with "x-pattern" for its form), and of JSON Schema: type, enum, oneOf,
+/// required, properties, additionalProperties (true or false), items and the limits of numbers, texts and arrays.
+/// Any other keyword of a schema ends the program, so that nothing is passed over.
+class OpenApiContract {
+public:
+    using Headers = std::vector<std::pair<QByteArray, QByteArray>>; ///< names in any letter case
+    using Query = QList<std::pair<QString, QString>>;               ///< decoded, as of QUrlQuery::queryItems
+
+    explicit OpenApiContract(QJsonObject document);
+
+    /// The REST interface between the kit and its backend: docs/confera-api.json.
+    static OpenApiContract ofConfera();
+
+    /// `path` as on the wire, with the base path of the server ("/api/calls").
+    [[nodiscard]] QStringList violationsOfRequest(const QByteArray &method, const QString &path, const Headers &headers,
+                                                  const Query &query, const QByteArray &body) const;
+    [[nodiscard]] QStringList violationsOfAnswer(const QByteArray &method, const QString &path, int status,
+                                                 const QByteArray &body) const;
+
+    /// "get /calls" and so on: every operation of the document.
+    [[nodiscard]] QStringList operations() const;
+
+private:
+    QJsonObject m_document;
+    QString m_basePath;
+};
+
+} // namespace vynlex
