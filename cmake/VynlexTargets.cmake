@@ -36,9 +36,11 @@ endfunction()
 function(vynlex_add_test name)
     cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
     if(NOT ARG_TIMEOUT)
-        set(ARG_TIMEOUT 120)
+        # A hang ends before that: Qt Test gives a function 300 s, and patience is far less.
+        set(ARG_TIMEOUT 600)
     endif()
     add_executable(${name} ${ARG_SOURCES})
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}) # "tests/..."
     target_link_libraries(${name} PRIVATE ${ARG_LIBS} Qt6::Test vynlex_warnings)
     target_compile_definitions(${name} PRIVATE VYNLEX_FIXTURES="${PROJECT_SOURCE_DIR}/tests/fixtures")
     add_test(NAME ${name} COMMAND ${name})

@@ -6,6 +6,7 @@
 #include "platform/ui/AlertController.h"
 #include "platform/ui/ResourceBundle.h"
 #include "tests/fakes/CapturedConsole.h"
+#include "tests/fakes/Patience.h"
 #include "tests/fakes/TestPlatform.h"
 
 #include <QRegularExpression>
@@ -63,7 +64,7 @@ class tst_conversation : public QObject {
     {
         const int recognitions = speech().recognitionCount();
         press(side);
-        return QTest::qWaitFor([&] { return speech().recognitionCount() == recognitions + 1 && microphoneRuns(); });
+        return eventually([&] { return speech().recognitionCount() == recognitions + 1 && microphoneRuns(); });
     }
 
     /// One side says something, and it is recognised.
@@ -72,7 +73,7 @@ class tst_conversation : public QObject {
         if (!listen(side) || !speech().lastRecognition().deliverRecognized(text))
             return false;
         const ButtonState &button = side == Side::Speaker ? *m_screen->speakerMicButton : *m_screen->listenerMicButton;
-        return QTest::qWaitFor([&] { return !button.isSelected() && !microphoneRuns(); });
+        return eventually([&] { return !button.isSelected() && !microphoneRuns(); });
     }
 
 private slots:
@@ -91,7 +92,7 @@ private slots:
         m_screen.reset();
         m_root.reset();
         // What was begun on other threads ends before the objects that it was given go.
-        QTRY_VERIFY(!m_platform->audio->lastCapture().isAlive());
+        TRY_VERIFY(!m_platform->audio->lastCapture().isAlive());
     }
 
     void aFreshInstallationShowsEnglishAndHindiPrompts()
@@ -141,7 +142,7 @@ private slots:
 
         // What they say is recognised, shown and translated.
         QVERIFY(english.deliverRecognized(u"Hello."_s));
-        QTRY_COMPARE(translator().requestCount(), 1);
+        TRY_COMPARE(translator().requestCount(), 1);
         QCOMPARE(m_screen->speakerState(), SideState::Busy);
         QCOMPARE(m_screen->listenerState(), SideState::Busy);
         QVERIFY(m_screen->speakerMicButton->isEnabled() && m_screen->listenerMicButton->isEnabled());
@@ -149,7 +150,7 @@ private slots:
         QCOMPARE(m_screen->listenerLabel->text(), QString());
         QVERIFY(!m_screen->speakerTextToSpeachButton->isHidden());
         QVERIFY(m_screen->listenerTextToSpeachButton->isHidden());
-        QTRY_VERIFY(!microphoneRuns() && english.isInputClosed());
+        TRY_VERIFY(!microphoneRuns() && english.isInputClosed());
         QCOMPARE(translator().request(0).body, QByteArray(R"([{"Text":"Hello."}])"));
         QVERIFY(translator().request(0).url.query().endsWith(u"to=hi"_s));
 
@@ -164,12 +165,12 @@ private slots:
         // The listener has it read.
         m_screen->didPressListenerSideTextToSpeachButtonAction();
         QCOMPARE(m_screen->listenerState(), SideState::Speaking);
-        QTRY_COMPARE(speech().utteranceCount(), 1);
+        TRY_COMPARE(speech().utteranceCount(), 1);
         FakeUtterance utterance = speech().lastUtterance();
         QCOMPARE(utterance.text(), u"नमस्ते।"_s);
         QCOMPARE(utterance.settings().voiceName, u"hi-IN-SwaraNeural"_s);
         QVERIFY(utterance.complete());
-        QTRY_COMPARE(m_screen->listenerState(), SideState::Idle);
+        TRY_COMPARE(m_screen->listenerState(), SideState::Idle);
 
         // And answers.
         QVERIFY(listen(Side::Listener));
@@ -177,7 +178,7 @@ private slots:
         QVERIFY(!m_screen->speakerMicButton->isEnabled());
         QVERIFY(m_screen->speakerTextToSpeachButton->isHidden() && m_screen->listenerTextToSpeachButton->isHidden());
         QVERIFY(speech().lastRecognition().deliverRecognized(u"आप कैसे हैं?"_s));
-        QTRY_COMPARE(translator().requestCount(), 2);
+        TRY_COMPARE(translator().requestCount(), 2);
         QVERIFY(translator().request(1).url.query().endsWith(u"to=en"_s));
         translator().answer(1, 200, translated(u"How are you?"_s));
         QCOMPARE(m_screen->listenerLabel->text(), u"आप कैसे हैं?"_s);
@@ -204,7 +205,7 @@ private slots:
         QVERIFY(say(Side::Speaker, u"Hello."_s));
         QVERIFY(speech().lastRecognition().deliverRecognized(QString()));
         QVERIFY(speech().lastRecognition().deliverRecognized(u"Good morning."_s)); // a second sentence counts
-        QTRY_COMPARE(m_screen->speakerLabel->text(), u"Good morning."_s);
+        TRY_COMPARE(m_screen->speakerLabel->text(), u"Good morning."_s);
         QCOMPARE(translator().requestCount(), 2);
     }
 
@@ -223,11 +224,11 @@ private slots:
         press(Side::Speaker);
         QCOMPARE(m_screen->speakerState(), SideState::Idle);
         QVERIFY(m_screen->listenerMicButton->isEnabled());
-        QTRY_VERIFY(!microphoneRuns() && speech().lastRecognition().isInputClosed());
+        TRY_VERIFY(!microphoneRuns() && speech().lastRecognition().isInputClosed());
 
         // What was said before the press is still shown.
         QVERIFY(speech().lastRecognition().deliverRecognized(u"Thank you."_s));
-        QTRY_COMPARE(m_screen->speakerLabel->text(), u"Thank you."_s);
+        TRY_COMPARE(m_screen->speakerLabel->text(), u"Thank you."_s);
         QCOMPARE(translator().requestCount(), 1);
     }
 
@@ -236,9 +237,9 @@ private slots:
         for (int presses = 0; presses < 8; ++presses)
             press(Side::Speaker);
         QCOMPARE(m_screen->speakerState(), SideState::Idle);
-        QTRY_COMPARE(speech().recognitionCount(), 4);
-        QTRY_VERIFY(speech().lastRecognition().isInputClosed());
-        QTRY_VERIFY(!microphoneRuns());
+        TRY_COMPARE(speech().recognitionCount(), 4);
+        TRY_VERIFY(speech().lastRecognition().isInputClosed());
+        TRY_VERIFY(!microphoneRuns());
         QVERIFY(say(Side::Speaker, u"Hello."_s)); // and the next press works
     }
 
@@ -248,7 +249,7 @@ private slots:
         QVERIFY(listen(Side::Speaker));
         QVERIFY(speech().lastRecognition().deliverCanceled(
             {CancellationReason::Error, CancellationErrorCode::AuthenticationFailure, u"wrong key"_s}));
-        QTRY_VERIFY(console.lines().contains(u"Recognition canceled: wrong key"_s));
+        TRY_VERIFY(console.lines().contains(u"Recognition canceled: wrong key"_s));
         QCOMPARE(m_screen->speakerState(), SideState::Listening);
 
         press(Side::Speaker);
@@ -319,7 +320,7 @@ private slots:
 
         // An earlier answer does not end the wait for a later one.
         QVERIFY(speech().lastRecognition().deliverRecognized(u"आप कैसे हैं?"_s));
-        QTRY_COMPARE(translator().requestCount(), 2);
+        TRY_COMPARE(translator().requestCount(), 2);
         QVERIFY(say(Side::Speaker, u"Thank you."_s));
         translator().answer(1, 200, translated(u"How are you?"_s));
         QCOMPARE(m_screen->speakerState(), SideState::Busy);
@@ -345,16 +346,16 @@ private slots:
     {
         QVERIFY(say(Side::Speaker, u"Hello."_s));
         m_screen->didPressSpeakerSideTextToSpeachButtonAction();
-        QTRY_COMPARE(speech().utteranceCount(), 1);
+        TRY_COMPARE(speech().utteranceCount(), 1);
         QCOMPARE(speech().lastUtterance().settings().voiceName, u"en-US-AriaNeural"_s);
         m_screen->didPressSpeakerSideTextToSpeachButtonAction();
         QVERIFY(!m_screen->speakerTextToSpeachButton->isSelected());
         QVERIFY(speech().lastUtterance().wasStopped());
-        QTRY_VERIFY(!speech().lastUtterance().isSpeaking());
+        TRY_VERIFY(!speech().lastUtterance().isSpeaking());
 
         const CapturedConsole console;
         m_screen->didPressSpeakerSideTextToSpeachButtonAction();
-        QTRY_COMPARE(speech().utteranceCount(), 2);
+        TRY_COMPARE(speech().utteranceCount(), 2);
         speech().failNextStopSpeaking(u"no device"_s);
         m_screen->didPressSpeakerSideTextToSpeachButtonAction();
         QVERIFY(console.lines().contains(u"Error creating speech synthesizer: no device"_s));
@@ -368,13 +369,13 @@ private slots:
         const CapturedConsole console;
         speech().failNextSynthesizer(u"no loudspeaker"_s);
         m_screen->didPressSpeakerSideTextToSpeachButtonAction();
-        QTRY_VERIFY(console.lines().contains(u"Error creating speech synthesizer: no loudspeaker"_s));
+        TRY_VERIFY(console.lines().contains(u"Error creating speech synthesizer: no loudspeaker"_s));
         QVERIFY(m_screen->speakerTextToSpeachButton->isSelected()); // nobody reports a completion
         m_screen->didPressSpeakerSideTextToSpeachButtonAction();
         m_screen->didPressSpeakerSideTextToSpeachButtonAction();
-        QTRY_COMPARE(speech().utteranceCount(), 1);
+        TRY_COMPARE(speech().utteranceCount(), 1);
         QVERIFY(speech().lastUtterance().complete());
-        QTRY_VERIFY(!m_screen->speakerTextToSpeachButton->isSelected());
+        TRY_VERIFY(!m_screen->speakerTextToSpeachButton->isSelected());
     }
 
     void aChipOpensThePickerForItsSide()
@@ -398,7 +399,7 @@ private slots:
         m_screen->speakerLanguageBackView->tap(); // the next one, before the first has slid out
         QVERIFY(m_screen->languageSelectionView() != picker);
         QVERIFY(m_screen->languageSelectionView()->isFromSpeaker);
-        QTRY_VERIFY(gone);
+        TRY_VERIFY(gone);
         m_screen->languageSelectionView()->hide();
         m_platform->clock->advance(spring::duration);
         QVERIFY(!m_screen->languageSelectionView());
@@ -453,9 +454,9 @@ private slots:
         std::weak_ptr<ConversationTranslateVC> gone = m_screen;
         m_screen->didPressBackButtonAction();
         m_screen.reset();
-        QTRY_VERIFY(gone.expired());
-        QTRY_VERIFY(!recognition.isAlive());
-        QTRY_VERIFY(!m_platform->audio->lastCapture().isAlive());
+        TRY_VERIFY(gone.expired());
+        TRY_VERIFY(!recognition.isAlive());
+        TRY_VERIFY(!m_platform->audio->lastCapture().isAlive());
     }
 
     void answersAfterTheScreenIsGoneReachNobody()
@@ -463,18 +464,18 @@ private slots:
         const CapturedConsole console;
         QVERIFY(say(Side::Speaker, u"Hello."_s));
         m_screen->didPressSpeakerSideTextToSpeachButtonAction();
-        QTRY_COMPARE(speech().utteranceCount(), 1);
+        TRY_COMPARE(speech().utteranceCount(), 1);
         m_screen->speakerLanguageBackView->tap();
         std::weak_ptr<ConversationTranslateVC> gone = m_screen;
         m_screen->didPressBackButtonAction();
         m_screen.reset();
-        QTRY_VERIFY(gone.expired());
+        TRY_VERIFY(gone.expired());
 
         translator().answer(0, 200, translated(u"नमस्ते।"_s));
         QVERIFY(!console.lines().contains(u"नमस्ते।"_s));
         QVERIFY(speech().lastUtterance().isSpeaking()); // what is being read is read to its end
         speech().lastUtterance().complete();
-        QTRY_VERIFY(!speech().lastUtterance().isSpeaking());
+        TRY_VERIFY(!speech().lastUtterance().isSpeaking());
         m_platform->clock->advance(1min);
         QCOMPARE(m_platform->clock->runningTimers(), 0U);
     }

@@ -7,9 +7,11 @@
 
 #include <signal.h>
 
+#include "tests/fakes/Patience.h"
+
 namespace {
 
-constexpr int limitMs = 20'000;
+constexpr int limitMs = vynlex::patienceMs;
 
 QByteArray content(const QString &file)
 {
@@ -41,7 +43,7 @@ class ConferaSandboxTest : public QObject {
     static QByteArray curl(const QStringList &arguments)
     {
         QProcess process;
-        process.start("curl", QStringList{"--silent", "--show-error", "--max-time", "10"} + arguments);
+        process.start("curl", QStringList{"--silent", "--show-error", "--max-time", "60"} + arguments);
         process.waitForFinished(limitMs);
         return process.readAllStandardOutput() + process.readAllStandardError();
     }

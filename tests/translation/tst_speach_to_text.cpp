@@ -5,6 +5,7 @@
 #include "api/VLApiManager.h"
 #include "language/LanguageTranslation.h"
 #include "tests/fakes/CapturedConsole.h"
+#include "tests/fakes/Patience.h"
 #include "tests/fakes/TestPlatform.h"
 #include "translation/SpeachToTextViewModel.h"
 
@@ -28,22 +29,22 @@ private slots:
     void aSentenceGoesFromTheMicrophoneToItsOwner()
     {
         start(true);
-        QTRY_VERIFY(listens());
+        TRY_VERIFY(listens());
         QCOMPARE(recognition().settingsAtStart(),
                  (SpeechSettings{u"speech-key"_s, u"centralindia"_s, u"en-US"_s, {}, true}));
         QCOMPARE(capture().tapFrames(), 2048);
 
         // 2048 frames at 48 kHz are 42.7 ms: 682 frames of the service's rate, 16 bits each
         QVERIFY(capture().hear(capture().silence()));
-        QTRY_COMPARE(recognition().audio().size(), 682 * 2);
+        TRY_COMPARE(recognition().audio().size(), 682 * 2);
 
         const CapturedConsole console;
         recognition().deliverRecognized(u"Hello."_s, Ticks(12'345'678));
-        QTRY_COMPARE(m_results, (QList<Result>{{u"Hello."_s, 12'345'678}}));
+        TRY_COMPARE(m_results, (QList<Result>{{u"Hello."_s, 12'345'678}}));
         QCOMPARE(console.lines(), QStringList{u"Final recognition result: Hello."_s});
 
         m_model->stopSpeechRecognition();
-        QTRY_VERIFY(recognition().isInputClosed());
+        TRY_VERIFY(recognition().isInputClosed());
         QVERIFY(!capture().isRunning());
         QVERIFY(!capture().hasTap());
     }
@@ -52,17 +53,17 @@ private slots:
     {
         m_languages->store(Side::Listener, LanguageOption::telugu);
         start(false);
-        QTRY_VERIFY(listens());
+        TRY_VERIFY(listens());
         QCOMPARE(recognition().settingsAtStart()->recognitionLanguage, u"te-IN"_s);
     }
 
     void aResultWithoutTextIsAnEmptyText()
     {
         start(true);
-        QTRY_VERIFY(listens());
+        TRY_VERIFY(listens());
         const CapturedConsole console;
         recognition().deliverRecognized(SpeechRecognitionResult{});
-        QTRY_COMPARE(m_results, (QList<Result>{{QString(), 0}}));
+        TRY_COMPARE(m_results, (QList<Result>{{QString(), 0}}));
         QCOMPARE(console.lines(), QStringList{u"Final recognition result: (no result)"_s});
     }
 
@@ -79,10 +80,10 @@ private slots:
         QFETCH(const QString, details);
         QFETCH(const QString, line);
         start(true);
-        QTRY_VERIFY(listens());
+        TRY_VERIFY(listens());
         const CapturedConsole console;
         recognition().deliverCanceled({CancellationReason::Error, CancellationErrorCode::NoError, details});
-        QTRY_COMPARE(console.lines(), QStringList{line});
+        TRY_COMPARE(console.lines(), QStringList{line});
         QCoreApplication::processEvents();
         QVERIFY(m_results.isEmpty());
     }
@@ -95,7 +96,7 @@ private slots:
         }
         start(false);
         m_model->stopSpeechRecognition();
-        QTRY_COMPARE(capture().stopCount(), 51);
+        TRY_COMPARE(capture().stopCount(), 51);
         QVERIFY(!capture().isRunning());
         QVERIFY(!capture().hasTap());
         QVERIFY(recognition().isInputClosed());
@@ -104,15 +105,15 @@ private slots:
     void startingAgainReplacesTheRecogniserAndTheTap()
     {
         start(true);
-        QTRY_VERIFY(listens());
+        TRY_VERIFY(listens());
         const FakeRecognition first = recognition();
         start(false);
-        QTRY_COMPARE(m_platform->speechService->recognitionCount(), 2);
-        QTRY_COMPARE(capture().installTapCount(), 2);
+        TRY_COMPARE(m_platform->speechService->recognitionCount(), 2);
+        TRY_COMPARE(capture().installTapCount(), 2);
         QVERIFY(!first.isAlive());
         QVERIFY(capture().removeTapCount() >= 2); // before each installation
-        QTRY_VERIFY(capture().hear(capture().silence()));
-        QTRY_VERIFY(!recognition().audio().isEmpty());
+        TRY_VERIFY(capture().hear(capture().silence()));
+        TRY_VERIFY(!recognition().audio().isEmpty());
     }
 
     void aFailedStartIsSaidAndTheMicrophoneStartsRegardless()
@@ -121,8 +122,8 @@ private slots:
         m_platform->speechService->failNextStart(u"no start"_s);
         m_platform->audio->failNextEngineStart(u"no microphone"_s);
         start(true);
-        QTRY_COMPARE(console.lines(),
-                     (QStringList{u"Error starting continuous recognition: no start"_s, u"no microphone"_s}));
+        TRY_COMPARE(console.lines(),
+                    (QStringList{u"Error starting continuous recognition: no start"_s, u"no microphone"_s}));
     }
 
     void withoutAMicrophoneRecognitionWaitsInSilence()
@@ -130,9 +131,9 @@ private slots:
         const CapturedConsole console;
         m_platform->audio->setInputFormat({0, 1, AudioFormat::SampleType::Float32});
         start(true);
-        QTRY_VERIFY(m_platform->speechService->recognitionCount() == 1 && recognition().isStarted());
+        TRY_VERIFY(m_platform->speechService->recognitionCount() == 1 && recognition().isStarted());
         m_model->stopSpeechRecognition();
-        QTRY_VERIFY(recognition().isInputClosed());
+        TRY_VERIFY(recognition().isInputClosed());
         QCOMPARE(capture().installTapCount(), 0);
         QVERIFY(console.lines().isEmpty());
     }
@@ -140,11 +141,11 @@ private slots:
     void releasingTheModelStopsEverything()
     {
         start(true);
-        QTRY_VERIFY(listens());
+        TRY_VERIFY(listens());
         const FakeRecognition recognised = recognition();
         const FakeCapture captured = capture();
         m_model.reset();
-        QTRY_VERIFY(!recognised.isAlive());
+        TRY_VERIFY(!recognised.isAlive());
         QVERIFY(!captured.isAlive());
     }
 
@@ -152,7 +153,7 @@ private slots:
     {
         m_apiManager->translatedConfig = VLTranslationConfig(u"later"_s, u"westeurope"_s, u"text"_s);
         start(true);
-        QTRY_VERIFY(listens());
+        TRY_VERIFY(listens());
         QCOMPARE(recognition().settingsAtStart()->key, u"speech-key"_s);
     }
 

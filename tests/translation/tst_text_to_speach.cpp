@@ -6,6 +6,7 @@
 #include "api/VLApiManager.h"
 #include "language/LanguageTranslation.h"
 #include "tests/fakes/CapturedConsole.h"
+#include "tests/fakes/Patience.h"
 #include "tests/fakes/TestPlatform.h"
 #include "translation/TextToSpeachViewModel.h"
 
@@ -100,8 +101,8 @@ private slots:
         m_model->stopSpeaking(); // nothing is spoken: fine
         const CapturedConsole console;
         std::thread speaking([this] { m_model->speakText(u"a long text"_s, true, {}, [] {}); });
-        QTRY_VERIFY(m_platform->speechService->utteranceCount() == 1 &&
-                    m_platform->speechService->lastUtterance().isSpeaking());
+        TRY_VERIFY(m_platform->speechService->utteranceCount() == 1 &&
+                   m_platform->speechService->lastUtterance().isSpeaking());
         m_platform->speechService->failNextStopSpeaking(u"not now"_s);
         m_model->stopSpeaking();
         m_model->stopSpeaking();

@@ -2,6 +2,7 @@
 
 #include "api/VLApiManager.h"
 #include "tests/fakes/CapturedConsole.h"
+#include "tests/fakes/Patience.h"
 #include "tests/fakes/TestPlatform.h"
 #include "translation/TextToTextViewModel.h"
 #include "translation/TranslationResponse.h"
@@ -81,7 +82,7 @@ private slots:
         translate(u"x"_s, u"hi"_s);
         const CapturedConsole console;
         m_platform->network->answer(0, answerOf(body));
-        QTRY_COMPARE(m_outcomes.size(), 1U);
+        TRY_COMPARE(m_outcomes.size(), 1U);
         QVERIFY(m_outcomes.front().has_value());
         QTEST(m_outcomes.front().value(), "text");
         QCOMPARE(console.lines(), QStringList{u"String data: "_s + QString::fromUtf8(body)});
@@ -103,7 +104,7 @@ private slots:
         const CapturedConsole console;
         m_platform->network->answer(0, answerOf(body));
         m_platform->network->answer(1, answerOf(R"([{"translations":[{"text":"later","to":"hi"}]}])"));
-        QTRY_COMPARE(m_outcomes.size(), 1U);
+        TRY_COMPARE(m_outcomes.size(), 1U);
         QCOMPARE(m_outcomes.front().value(), u"later"_s); // the other answer alone arrived
     }
 
@@ -131,7 +132,7 @@ private slots:
         translate(u"x"_s, u"hi"_s);
         const CapturedConsole console;
         m_platform->network->answer(0, answerOf(body, status));
-        QTRY_COMPARE(m_outcomes.size(), 1U);
+        TRY_COMPARE(m_outcomes.size(), 1U);
         QVERIFY(!m_outcomes.front());
         QCOMPARE(m_outcomes.front().error().domain, u"DecodingErrorDomain"_s);
         if (!message.isNull())
@@ -144,7 +145,7 @@ private slots:
         translate(u"y"_s, u"hi"_s);
         m_platform->network->fail(0, {TransportError::Kind::HostNotFound, u"No such host."_s});
         m_platform->network->answer(1, HttpResponse{200, {}, std::nullopt});
-        QTRY_COMPARE(m_outcomes.size(), 2U);
+        TRY_COMPARE(m_outcomes.size(), 2U);
         QCOMPARE(m_outcomes.at(0).error().message, u"No such host."_s);
         QCOMPARE(m_outcomes.at(1).error(), (TranslationError{u"TranslationErrorDomain"_s, 0, {}}));
     }
@@ -154,7 +155,7 @@ private slots:
         translate(u"x"_s, u"hi"_s);
         const CapturedConsole console;
         m_platform->network->answer(0, answerOf("\xff\xfe"));
-        QTRY_COMPARE(m_outcomes.size(), 1U);
+        TRY_COMPARE(m_outcomes.size(), 1U);
         QVERIFY(console.lines().isEmpty());
     }
 

@@ -4,6 +4,7 @@
 #include <QTest>
 
 #include "platform/ui/KitFont.h"
+#include "tests/fakes/Patience.h"
 
 using namespace Qt::StringLiterals;
 
@@ -17,7 +18,7 @@ bool readAloud(ConversationStage &stage, const QString &who)
 {
     if (!stage.press(u"Read aloud, "_s + who))
         return false;
-    return QTest::qWaitFor([&] { return stage.platform.speechService->utteranceCount() == 1; });
+    return eventually([&] { return stage.platform.speechService->utteranceCount() == 1; });
 }
 
 bool converse(ConversationStage &stage, const QString &said, const QString &translated)
@@ -61,7 +62,7 @@ ConversationStage::ConversationStage(const DeviceShape &shape)
     window.resize(shape.size);
     window.show();
     window.requestActivate();
-    Q_UNUSED(QTest::qWaitForWindowActive(&window));
+    Q_UNUSED(QTest::qWaitForWindowActive(&window, patienceMs));
     m_screens = std::make_unique<ScreenWindow>(root);
     m_screens->setSafeAreaInsets(shape.safeArea);
     m_screens->makeKey();
@@ -93,15 +94,15 @@ bool ConversationStage::listen(Side side)
 {
     const int before = platform.speechService->recognitionCount();
     return press(side == Side::Speaker ? u"Microphone, Speaker"_s : u"Microphone, Listener"_s) &&
-           QTest::qWaitFor([&] { return platform.speechService->recognitionCount() > before; }) && settle();
+           eventually([&] { return platform.speechService->recognitionCount() > before; }) && settle();
 }
 
 bool ConversationStage::say(Side side, const QString &text)
 {
     const int before = platform.network->requestCount();
-    return listen(side) && QTest::qWaitFor([&] { return platform.speechService->lastRecognition().isStarted(); }) &&
+    return listen(side) && eventually([&] { return platform.speechService->lastRecognition().isStarted(); }) &&
            platform.speechService->lastRecognition().deliverRecognized(text) &&
-           QTest::qWaitFor([&] { return platform.network->requestCount() > before; }) && settle();
+           eventually([&] { return platform.network->requestCount() > before; }) && settle();
 }
 
 void ConversationStage::translate(const QString &text)
@@ -112,7 +113,7 @@ void ConversationStage::translate(const QString &text)
 
 bool ConversationStage::settle()
 {
-    return QTest::qWaitFor([&] {
+    return eventually([&] {
         const auto *const picker = screen->languageSelectionView();
         QQuickItem *const sheet = picker ? probe.named(picker->titleLabel->text()) : nullptr;
         return !m_host->isMoving() && (!picker || (sheet && !sheet->property("moving").toBool()));
@@ -143,7 +144,7 @@ const std::vector<ConversationStage::Scene> &ConversationStage::scenes()
                  if (!openPicker(stage, who, side) || !stage.press(language) || !stage.press(u"Close"_s))
                      return false;
                  stage.platform.clock->advance(spring::duration);
-                 return QTest::qWaitFor([&] { return !stage.screen->languageSelectionView(); });
+                 return eventually([&] { return !stage.screen->languageSelectionView(); });
              };
              return choose(u"Speaker"_s, Side::Speaker, u"ગુજરાતી"_s) &&
                     choose(u"Listener"_s, Side::Listener, u"తెలుగు"_s);

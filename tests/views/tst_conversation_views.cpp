@@ -1,3 +1,4 @@
+#include "tests/fakes/Patience.h"
 #include "tests/views/ConversationStage.h"
 
 #include <QAccessible>
@@ -145,10 +146,10 @@ private slots:
         QVERIFY(stage.probe.showing(u"रेलवे स्टेशन कहाँ है?"_s));
 
         QVERIFY(stage.press(u"Read aloud, Listener"_s));
-        QTRY_COMPARE(stage.platform.speechService->utteranceCount(), 1);
+        TRY_COMPARE(stage.platform.speechService->utteranceCount(), 1);
         QVERIFY(stage.probe.named(u"Stop reading aloud, Listener"_s));
         stage.platform.speechService->lastUtterance().complete();
-        QTRY_VERIFY(stage.probe.named(u"Read aloud, Listener"_s));
+        TRY_VERIFY(stage.probe.named(u"Read aloud, Listener"_s));
 
         QVERIFY(stage.press(u"Swap the languages"_s));
         QVERIFY(stage.probe.named(u"Speaker language: हिंदी"_s));
@@ -188,7 +189,7 @@ private slots:
         QVERIFY(!stage.screen->languageSelectionView());
         QVERIFY(stage.probe.named(u"Listener language: ગુજરાતી"_s));
         QTest::keyClick(&stage.window, Qt::Key_Escape);
-        QTRY_VERIFY(!stage.root->presentedViewController());
+        TRY_VERIFY(!stage.root->presentedViewController());
     }
 
     void thePickerMarksAndTakesAChoice()
@@ -222,17 +223,22 @@ private slots:
 
     void thePickerSpringsInPastItsPlace()
     {
-        ConversationStage stage(m_phone);
-        QVERIFY(stage.press(u"Speaker language: English"_s));
-        QQuickItem *const row = stage.probe.named(u"English"_s);
-        QVERIFY(row);
-        qreal highest = stage.window.height();
-        QVERIFY(QTest::qWaitFor([&] {
-            highest = std::min(highest, row->mapToScene({0, 0}).y());
-            return !stage.probe.named(u"Translate from"_s)->property("moving").toBool();
-        }));
-        const qreal rest = row->mapToScene({0, 0}).y();
-        QCOMPARE(rest, stage.window.height() - stage.screen->languageSelectionView()->sheetHeight() + 63);
+        qreal highest = 0;
+        qreal rest = 0;
+        // A busy machine may miss the part of the movement that is looked for, but not ten times.
+        for (int attempt = 0; attempt < 10 && highest >= rest; ++attempt) {
+            ConversationStage stage(m_phone);
+            QVERIFY(stage.press(u"Speaker language: English"_s));
+            QQuickItem *const row = stage.probe.named(u"English"_s);
+            QVERIFY(row);
+            highest = stage.window.height();
+            QVERIFY(eventually([&] {
+                highest = std::min(highest, row->mapToScene({0, 0}).y());
+                return !stage.probe.named(u"Translate from"_s)->property("moving").toBool();
+            }));
+            rest = row->mapToScene({0, 0}).y();
+            QCOMPARE(rest, stage.window.height() - stage.screen->languageSelectionView()->sheetHeight() + 63);
+        }
         QVERIFY2(highest < rest, "a spring with damping 0.7 overshoots");
     }
 
@@ -267,7 +273,7 @@ private slots:
         QVERIFY(stage.probe.showing(u"How it works"_s));
         QCOMPARE(stage.probe.controlNames(), QStringList(u"Close"_s));
         QVERIFY(stage.press(u"Close"_s));
-        QTRY_VERIFY(!stage.probe.showing(u"How it works"_s));
+        TRY_VERIFY(!stage.probe.showing(u"How it works"_s));
         QVERIFY(stage.probe.controlNames().contains(u"Back"_s));
     }
 
@@ -277,7 +283,7 @@ private slots:
         QVERIFY(scene(u"alert"_s).play(stage));
         QCOMPARE(stage.probe.controlNames(), QStringList(u"Ok"_s));
         QVERIFY(stage.press(u"Ok"_s));
-        QTRY_VERIFY(stage.probe.controlNames().contains(u"Back"_s));
+        TRY_VERIFY(stage.probe.controlNames().contains(u"Back"_s));
         QVERIFY(stage.listen(Side::Speaker));
     }
 };

@@ -2,6 +2,7 @@
 #include "platform/ui/KitFont.h"
 #include "platform/ui/ScreenHost.h"
 #include "platform/ui/ScreenWindow.h"
+#include "tests/fakes/Patience.h"
 #include "tests/views/ViewProbe.h"
 
 #include <QQmlComponent>
@@ -43,7 +44,7 @@ private slots:
         m_window->resize(390, 844);
         m_window->show();
         m_window->requestActivate();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get(), patienceMs));
     }
 
     void cleanup()
@@ -168,16 +169,16 @@ private slots:
         QCOMPARE(top(), 0.0);
         QTest::keyClick(m_window.get(), Qt::Key_Tab);
         QTest::keyClick(m_window.get(), Qt::Key_Down);
-        QTRY_VERIFY(top() < -20);
+        TRY_VERIFY(top() < -20);
 
         speech->setProperty("text", u"And where is the bus? "_s.repeated(30));
-        QTRY_COMPARE(top(), 0.0);
+        TRY_COMPARE(top(), 0.0);
 
         QTest::mousePress(m_window.get(), Qt::LeftButton, {}, {150, 150});
         for (int y = 150; y > 40; y -= 10)
             QTest::mouseMove(m_window.get(), {150, y});
         QTest::mouseRelease(m_window.get(), Qt::LeftButton, {}, {150, 40});
-        QTRY_VERIFY(top() < -20);
+        TRY_VERIFY(top() < -20);
     }
 
     void anAlertSaysItsMessageAndGoesWhenAnswered_data()
@@ -209,29 +210,29 @@ private slots:
         const ViewProbe probe(*m_window);
 
         ask();
-        QTRY_VERIFY(probe.showing(u"Alert"_s)); // texts have no height before the first frame
+        TRY_VERIFY(probe.showing(u"Alert"_s)); // texts have no height before the first frame
         QVERIFY(probe.showing(message));
         QCOMPARE(probe.faults(), QStringList());
         QQuickItem *const ok = probe.named(u"Ok"_s);
         QVERIFY(ok);
         probe.click(*ok);
         QCOMPARE(answered, 1);
-        QTRY_VERIFY(!probe.named(u"Ok"_s));
+        TRY_VERIFY(!probe.named(u"Ok"_s));
 
         ask();
         QTest::keyClick(m_window.get(), Qt::Key_Return);
         QCOMPARE(answered, 2);
-        QTRY_VERIFY(!probe.named(u"Ok"_s));
+        TRY_VERIFY(!probe.named(u"Ok"_s));
         ask();
         QTest::keyClick(m_window.get(), Qt::Key_Escape);
         QCOMPARE(answered, 3);
-        QTRY_VERIFY(!probe.named(u"Ok"_s));
+        TRY_VERIFY(!probe.named(u"Ok"_s));
         ask();
         QTest::keyClick(m_window.get(), Qt::Key_Tab);
         QVERIFY(probe.named(u"Ok"_s)->hasActiveFocus());
         QTest::keyClick(m_window.get(), Qt::Key_Space);
         QCOMPARE(answered, 4);
-        QTRY_VERIFY(!probe.showing(message));
+        TRY_VERIFY(!probe.showing(message));
     }
 };
 

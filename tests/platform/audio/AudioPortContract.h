@@ -10,6 +10,7 @@
 #include "platform/audio/AudioEngine.h"
 #include "platform/audio/AudioPlayer.h"
 #include "platform/audio/AudioSession.h"
+#include "tests/fakes/Patience.h"
 
 /// What every adapter of a port promises, run over the fakes and over what ships.
 namespace vynlex::contract {
@@ -39,13 +40,11 @@ struct Heard {
 
 template<typename Condition> bool speakUntil(const Microphone &microphone, Condition condition)
 {
-    return QTest::qWaitFor(
-        [&] {
-            if (microphone.speak)
-                microphone.speak();
-            return condition();
-        },
-        20'000);
+    return eventually([&] {
+        if (microphone.speak)
+            microphone.speak();
+        return condition();
+    });
 }
 
 inline void engineKeepsItsPromises(const std::function<Microphone()> &make)
@@ -156,7 +155,7 @@ inline void playerKeepsItsPromises(const std::function<std::unique_ptr<AudioPlay
     const auto third = play(heard);
     if (hearAll)
         hearAll();
-    QTRY_COMPARE_WITH_TIMEOUT(heard.copy(), QStringList{""}, 20'000);
+    TRY_COMPARE(heard.copy(), QStringList{""});
     QCOMPARE(stopped.copy(), QStringList());
     QCOMPARE(destroyed.copy(), QStringList());
     third->stop(); // after the end

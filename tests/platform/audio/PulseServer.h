@@ -9,6 +9,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "tests/fakes/Patience.h"
+
 namespace vynlex {
 
 /// A private sound server with one loudspeaker, which can be listened to, and one microphone, which can be spoken into:
@@ -52,17 +54,15 @@ public:
                                        "--use-pid-file=no", "--disable-shm=yes", "--high-priority=no"});
         if (!m_process.waitForStarted())
             return false;
-        const bool up = QTest::qWaitFor(
-            [this] {
-                QLocalSocket socket;
-                socket.connectToServer(socketName());
-                return socket.waitForConnected(100);
-            },
-            20'000);
+        const bool up = eventually([this] {
+            QLocalSocket socket;
+            socket.connectToServer(socketName());
+            return socket.waitForConnected(100);
+        });
         // Opened for both directions, so that the pipe never ends.
         m_microphone = open(m_folder.filePath("microphone").toUtf8().constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
         m_speaker = open(m_folder.filePath("speaker").toUtf8().constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-        return up && m_microphone >= 0 && m_speaker >= 0;
+        return up && m_microphone >= 0 && fcntl(m_speaker, F_SETPIPE_SZ, 1 << 20) > 0;
     }
 
     void end()
@@ -77,7 +77,7 @@ public:
         return ::write(m_microphone, pcm.constData(), static_cast<std::size_t>(pcm.size())) == pcm.size();
     }
 
-    /// What the loudspeaker has played since the last call, silence included. It keeps a second or two at most.
+    /// What the loudspeaker has played since the last call, silence included. It keeps half a minute.
     QByteArray listen()
     {
         QByteArray all;

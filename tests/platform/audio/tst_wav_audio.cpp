@@ -14,6 +14,7 @@
 #include "platform/dispatch/Guarded.h"
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/FakeAudio.h"
+#include "tests/fakes/Patience.h"
 
 using namespace vynlex;
 
@@ -151,11 +152,11 @@ private slots:
         const qsizetype all = sound.data.size() + static_cast<qsizetype>(2 * rateHz) * sound.format.bytesPerFrame();
         // The sound ends within a step of 10 ms, which silence fills.
         const qsizetype slack = static_cast<qsizetype>(rateHz / 50) * sound.format.bytesPerFrame();
-        QTRY_VERIFY(recorder.size() >= all - slack);
+        TRY_VERIFY(recorder.size() >= all - slack);
         // The next sound proves that nothing more was to come.
         const QByteArray other(10'000, '\x33');
         microphone.say("next", {sound.format, other});
-        QTRY_VERIFY(recorder.data.copy().contains(other));
+        TRY_VERIFY(recorder.data.copy().contains(other));
         const QByteArray heard = recorder.data.copy();
         QVERIFY(heard.startsWith(sound.data));
         const qsizetype next = heard.indexOf(other);
@@ -176,7 +177,7 @@ private slots:
         Recorder recorder;
         engine->installTap(160, recorder.tap());
         QVERIFY(engine->start());
-        QTRY_COMPARE(said.copy().size(), std::size_t(2));
+        TRY_COMPARE(said.copy().size(), std::size_t(2));
         QCOMPARE(microphone.waitingSounds(), 0);
         const auto list = said.copy();
         QCOMPARE(list[0].name, "one");
@@ -187,7 +188,7 @@ private slots:
         QCOMPARE(recorder.data.copy().left(9600), ramp(1600) + ramp(3200));
         // The room is silent, not dead.
         const qsizetype size = recorder.size();
-        QTRY_VERIFY(recorder.size() > size);
+        TRY_VERIFY(recorder.size() > size);
     }
 
     void aSoundInAnotherFormatIsConvertedWhileTheEngineRuns()
@@ -199,7 +200,7 @@ private slots:
         engine->installTap(480, recorder.tap());
         microphone.say("other", {speech, QByteArray("\0\x40", 2).repeated(8000)}); // half of full scale
         QVERIFY(engine->start());
-        QTRY_VERIFY(recorder.size() >= 48000 * format.bytesPerFrame());
+        TRY_VERIFY(recorder.size() >= 48000 * format.bytesPerFrame());
         const QByteArray heard = recorder.data.copy();
         float middle = 0; // of half a second
         std::memcpy(&middle, heard.constData() + 12000 * format.bytesPerFrame() + 4, sizeof middle);
@@ -231,7 +232,7 @@ private slots:
         player.write(ramp(500));
         contract::Ends ends;
         player.finish(ends.callback());
-        QTRY_COMPARE(ends.copy(), QStringList{""});
+        TRY_COMPARE(ends.copy(), QStringList{""});
         QCOMPARE(WavFile::read(path).value().data, ramp(1000) + ramp(500));
         QCOMPARE(heard.copy().size(), std::size_t(1));
         QCOMPARE(heard.copy().front().path, path);
@@ -279,7 +280,7 @@ private slots:
         player->write(ramp(10));
         contract::Ends ends;
         player->finish(ends.callback());
-        QTRY_COMPARE(ends.copy(), QStringList{"Gone."});
+        TRY_COMPARE(ends.copy(), QStringList{"Gone."});
         QVERIFY(!playback.complete());
         audio.failNextPlayerStart("None.");
         QCOMPARE(audio.makePlayer()->start(speech).error(), "None.");

@@ -18,6 +18,7 @@
 #include "platform/dispatch/SystemClock.h"
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/FakeClock.h"
+#include "tests/fakes/Patience.h"
 
 using namespace std::chrono_literals;
 using namespace vynlex;
@@ -55,7 +56,7 @@ private slots:
         });
         MainQueue::async([&] { order.push_back(2); });
         QVERIFY(order.empty());
-        QTRY_COMPARE(order, (std::vector{1, 2, 3}));
+        TRY_COMPARE(order, (std::vector{1, 2, 3}));
     }
 
     void mainQueueServesManyThreadsAndLosesNothing()
@@ -78,7 +79,7 @@ private slots:
         }
         for (std::thread &thread : threads)
             thread.join();
-        QTRY_COMPARE(count, perThread * 4);
+        TRY_COMPARE(count, perThread * 4);
         QVERIFY(inOrder);
     }
 
@@ -91,7 +92,7 @@ private slots:
             loop.exec();
             done = true;
         });
-        QTRY_VERIFY(done);
+        TRY_VERIFY(done);
     }
 
     void globalQueueRunsBlockedTasksSideBySide()
@@ -105,7 +106,7 @@ private slots:
                 release.acquire();
             });
         }
-        QVERIFY(arrived.tryAcquire(tasks, 10'000));
+        QVERIFY(arrived.tryAcquire(tasks, patienceMs));
         release.release(tasks);
     }
 
@@ -117,7 +118,7 @@ private slots:
         for (int i = 0; i < 1000; ++i)
             queue.async([&order, i] { order.push_back(i); });
         queue.async([&] { done = true; });
-        QTRY_VERIFY(done);
+        TRY_VERIFY(done);
         QCOMPARE(order.size(), 1000U);
         QVERIFY(std::is_sorted(order.begin(), order.end()));
     }
@@ -137,10 +138,10 @@ private slots:
             proceed.acquire();
         });
         owner->queue.async([&] { droppedTaskRan = true; });
-        QVERIFY(started.tryAcquire(1, 10'000));
+        QVERIFY(started.tryAcquire(1, patienceMs));
         owner.reset(); // the running task is the last owner
         proceed.release();
-        QTRY_VERIFY(weak.expired());
+        TRY_VERIFY(weak.expired());
         QVERIFY(!droppedTaskRan);
     }
 
@@ -168,7 +169,7 @@ private slots:
         std::vector<int> fired;
         int ticks = 0;
         const auto start = test.clock->now();
-        const auto second = test.clock->after(40ms, [&] { fired.push_back(2); });
+        const auto second = test.clock->after(400ms, [&] { fired.push_back(2); });
         const auto first = test.clock->after(20ms, [&] { fired.push_back(1); });
         auto never = test.clock->after(10ms, [&] { fired.push_back(0); });
         never.reset();

@@ -5,6 +5,7 @@
 #include "platform/dispatch/Guarded.h"
 #include "platform/net/BeastSocketWorker.h"
 #include "platform/net/CurlHttpTransport.h"
+#include "tests/fakes/Patience.h"
 #include "tests/platform/net/Frames.h"
 
 using namespace vynlex;
@@ -35,7 +36,7 @@ QString overHttp(const QUrl &url)
         else
             result = outcome.error().kind == Kind::Proxy ? QStringLiteral("Proxy") : outcome.error().message;
     });
-    if (!QTest::qWaitFor([&] { return !result.isEmpty(); }, 20'000))
+    if (!eventually([&] { return !result.isEmpty(); }))
         qFatal("no outcome");
     return result;
 }
@@ -61,14 +62,14 @@ QString overWebSocket(QUrl url)
                 result.set(failed->error.kind == Kind::Proxy ? QStringLiteral("Proxy") : failed->error.message);
         });
     });
-    if (!QTest::qWaitFor([&] { return !result.copy().isEmpty(); }, 20'000))
+    if (!eventually([&] { return !result.copy().isEmpty(); }))
         qFatal("no outcome");
     std::atomic<bool> gone = false;
     worker.post([&] {
         client.reset();
         gone = true;
     });
-    if (!QTest::qWaitFor([&] { return gone.load(); }))
+    if (!eventually([&] { return gone.load(); }))
         qFatal("the worker hangs");
     return result.copy();
 }

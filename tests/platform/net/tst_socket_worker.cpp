@@ -3,6 +3,7 @@
 #include "platform/dispatch/Guarded.h"
 #include "platform/net/BeastSocketWorker.h"
 #include "tests/fakes/FakeSocketWorker.h"
+#include "tests/fakes/Patience.h"
 #include "tests/platform/net/Frames.h"
 
 using namespace vynlex;
@@ -69,7 +70,7 @@ public:
             task();
             done = true;
         });
-        if (!QTest::qWaitFor([&] { return step(), done.load(); }))
+        if (!eventually([&] { return step(), done.load(); }))
             qFatal("a posted task never ran");
     }
 };
@@ -80,7 +81,7 @@ public:
     QUrl url() const override { return QUrl(QStringLiteral("wss://service.test/")); }
     void step() override
     {
-        m_worker.advance(1ms);
+        m_worker.advance(100ms);
         for (FakeSocket socket : m_worker.sockets()) {
             if (socket.isConnecting())
                 socket.connected();
@@ -151,7 +152,7 @@ private slots:
             events.with([](const QStringList &all) { QVERIFY(all.isEmpty()); });
         });
         const QStringList expected = {"connected", "text नमस्ते", "binary 70000", "disconnected 4001 bye"};
-        QTRY_COMPARE((subject->step(), events.copy()), expected);
+        TRY_COMPARE((subject->step(), events.copy()), expected);
         subject->onWorker([&] {
             client->sendText("after the end");
             client->close(1000, {});
@@ -177,7 +178,7 @@ private slots:
             client->sendText("b");
         });
         const QStringList expected = {"connected" + *owned, "text a" + *owned};
-        QTRY_COMPARE((subject->step(), events.copy()), expected);
+        TRY_COMPARE((subject->step(), events.copy()), expected);
         subject->onWorker([] {});
         QCOMPARE(events.copy(), expected);
     }
@@ -195,7 +196,7 @@ private slots:
             client->close(1000, {});
             events.with([](const QStringList &all) { QVERIFY(all.isEmpty()); });
         });
-        QTRY_COMPARE((subject->step(), events.copy()), QStringList("cancelled"));
+        TRY_COMPARE((subject->step(), events.copy()), QStringList("cancelled"));
         subject->onWorker([&] { client.reset(); });
         QCOMPARE(events.copy(), QStringList("cancelled"));
     }
@@ -207,20 +208,20 @@ private slots:
         std::vector<std::unique_ptr<Timer>> timers(3);
         subject->onWorker([&] {
             const auto note = [&](const QString &name) { fired.with([&](QStringList &all) { all << name; }); };
-            timers[0] = subject->worker().after(20ms, [&, note] {
+            timers[0] = subject->worker().after(500ms, [&, note] {
                 timers.clear(); // itself, and one that has not fired
                 note(QStringLiteral("second"));
                 subject->worker().post([note] { note(QStringLiteral("posted")); });
             });
             timers[1] = subject->worker().after(1ms, [note] { note(QStringLiteral("first")); });
-            timers[2] = subject->worker().after(25ms, [note] { note(QStringLiteral("never")); });
+            timers[2] = subject->worker().after(501ms, [note] { note(QStringLiteral("never")); });
         });
         const QStringList expected = {"first", "second", "posted"};
-        QTRY_COMPARE((subject->step(), fired.copy()), expected);
+        TRY_COMPARE((subject->step(), fired.copy()), expected);
         Guarded<bool> later = Guarded<bool>(false);
         std::unique_ptr<Timer> last;
         subject->onWorker([&] { last = subject->worker().after(10ms, [&] { later.set(true); }); });
-        QTRY_VERIFY((subject->step(), later.copy()));
+        TRY_VERIFY((subject->step(), later.copy()));
         QCOMPARE(fired.copy(), expected);
     }
 };
@@ -231,13 +232,13 @@ class TestBeastSocketWorker : public QObject {
 
     /// Connects, and compares all events with `expected` once that many are there.
     static void play(const LocalServer::Script &script, const QStringList &expected,
-                     std::chrono::milliseconds timeout = 20s)
+                     std::chrono::milliseconds timeout = 60s)
     {
         const LocalServer server(script);
         play(QUrl(QStringLiteral("ws://127.0.0.1:%1/a/b?c=%20d").arg(server.port())), expected, timeout);
     }
 
-    static void play(const QUrl &url, const QStringList &expected, std::chrono::milliseconds timeout = 20s)
+    static void play(const QUrl &url, const QStringList &expected, std::chrono::milliseconds timeout = 60s)
     {
         BeastSocketWorker worker;
         Guarded<QStringList> events;
@@ -248,13 +249,13 @@ class TestBeastSocketWorker : public QObject {
                 events.with([&](QStringList &all) { all << describe(event); });
             });
         });
-        QTRY_COMPARE(events.copy(), expected);
+        TRY_COMPARE(events.copy(), expected);
         std::atomic<bool> gone = false;
         worker.post([&] {
             client.reset();
             gone = true;
         });
-        QTRY_VERIFY(gone);
+        TRY_VERIFY(gone);
         QCOMPARE(events.copy(), expected);
     }
 
@@ -401,7 +402,7 @@ private slots:
             });
             client->sendText(QByteArray(200'000, 'x')); // one frame, however long
         });
-        QTRY_COMPARE(frames.copy().size(), 2U);
+        TRY_COMPARE(frames.copy().size(), 2U);
         for (const Frame &received : frames.copy()) {
             QVERIFY(received.masked);
             QVERIFY(received.opcode == PongFrame ? received.payload == "beat" : received.payload.size() == 200'000);
@@ -413,13 +414,13 @@ private slots:
         QVERIFY(!request.contains("Extensions") && !request.contains("Protocol:") && !request.contains("User-Agent"));
 
         worker.pathChanged();
-        QTRY_COMPARE(events.copy(), (QStringList{"connected", "ping", "reconnect"}));
+        TRY_COMPARE(events.copy(), (QStringList{"connected", "ping", "reconnect"}));
         std::atomic<bool> gone = false;
         worker.post([&] {
             client.reset();
             gone = true;
         });
-        QTRY_VERIFY(gone);
+        TRY_VERIFY(gone);
     }
 };
 

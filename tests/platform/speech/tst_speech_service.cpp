@@ -10,6 +10,7 @@
 #include "tests/fakes/FakeAudio.h"
 #include "tests/fakes/FakeSocketWorker.h"
 #include "tests/fakes/FakeSpeechService.h"
+#include "tests/fakes/Patience.h"
 #include "tests/platform/speech/WireMessage.h"
 
 using namespace std::chrono_literals;
@@ -212,12 +213,12 @@ private slots:
         stream.write(QByteArray(3200, 'a'));
         QVERIFY(recognizer->startContinuousRecognition());
         QVERIFY(!recognizer->startContinuousRecognition());
-        QTRY_VERIFY(under->isListening());
+        TRY_VERIFY(under->isListening());
         under->recognise("one");
         under->recognise("two");
         stream.close();
         under->endOfStream();
-        QTRY_COMPARE(heard.copy(), (QStringList{"one", "two", "end"}));
+        TRY_COMPARE(heard.copy(), (QStringList{"one", "two", "end"}));
         QVERIFY(!onTestsThread);
     }
 
@@ -230,9 +231,9 @@ private slots:
         Guarded<std::vector<CancellationDetails>> seen;
         recognizer->canceled = [&](const auto &details) { seen.with([&](auto &all) { all.push_back(details); }); };
         QVERIFY(recognizer->startContinuousRecognition());
-        QTRY_VERIFY(under->isListening());
+        TRY_VERIFY(under->isListening());
         under->refuse();
-        QTRY_COMPARE(seen.copy().size(), 1U);
+        TRY_COMPARE(seen.copy().size(), 1U);
         QCOMPARE(seen.copy()[0].reason, CancellationReason::Error);
         QVERIFY(seen.copy()[0].errorDetails.contains("refused"));
         stream.write("the microphone goes on");
@@ -284,9 +285,9 @@ private slots:
         };
         stream.write(QByteArray(3200, 'a'));
         QVERIFY(recognizer->startContinuousRecognition());
-        QTRY_VERIFY(under->isListening());
+        TRY_VERIFY(under->isListening());
         under->recognise("one");
-        QTRY_COMPARE(calls.load(), 1);
+        TRY_COMPARE(calls.load(), 1);
     }
 
     void speakingReturnsAfterItsHandlerHasRun_data() { services(); }

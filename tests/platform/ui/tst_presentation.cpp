@@ -4,6 +4,7 @@
 #include "platform/ui/Storyboard.h"
 #include "platform/ui/ViewController.h"
 #include "tests/fakes/CapturedConsole.h"
+#include "tests/fakes/Patience.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -49,7 +50,7 @@ private slots:
 
         root->dismiss(Animated::Yes);
         QVERIFY(!root->presentedViewController());
-        QTRY_VERIFY(presented.expired());
+        TRY_VERIFY(presented.expired());
     }
 
     void aScreenIsSetUpOnce()
@@ -74,7 +75,7 @@ private slots:
         screen->dismiss(Animated::No);
         QVERIFY(!gone);                // the callback that dismissed it is still running
         screen->dismiss(Animated::No); // a second press does nothing
-        QTRY_VERIFY(gone);
+        TRY_VERIFY(gone);
     }
 
     void dismissingTakesEverythingAboveToo()
@@ -101,7 +102,7 @@ private slots:
         QCOMPARE(window.presentedChain().size(), 2U);
         middle->dismiss(Animated::No);
         QCOMPARE(window.presentedChain().size(), 1U);
-        QTRY_VERIFY(top.expired());
+        TRY_VERIFY(top.expired());
     }
 
     void whatCannotBePresentedIsIgnored()

@@ -1,5 +1,6 @@
 #include "platform/ui/ScreenHost.h"
 #include "platform/ui/ScreenWindow.h"
+#include "tests/fakes/Patience.h"
 
 #include <QQmlEngine>
 #include <QQuickWindow>
@@ -109,7 +110,7 @@ private slots:
 
         root->dismiss(Animated::No);
         QVERIFY(view(u"root"_s)->isVisible());
-        QTRY_VERIFY(!view(u"top"_s) && !view(u"sheet"_s));
+        TRY_VERIFY(!view(u"top"_s) && !view(u"sheet"_s));
     }
 
     void whatIsCoveredGetsNoTouchAndNoKey()
@@ -122,7 +123,7 @@ private slots:
         ScreenHost host(engine, screens, window.contentItem());
         host.setSize({390, 844});
         window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QVERIFY(QTest::qWaitForWindowActive(&window, patienceMs));
 
         QTest::mouseClick(&window, Qt::LeftButton, {}, {50, 50});
         QCOMPARE(root->presses, 1);
@@ -159,7 +160,7 @@ private slots:
         ScreenHost host(engine, screens, window.contentItem());
         host.setSize({390, 844});
         window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QVERIFY(QTest::qWaitForWindowActive(&window, patienceMs));
 
         QStringList order;
         auto closing = screen(u"closing"_s);
@@ -170,7 +171,7 @@ private slots:
         closing.reset();
 
         QTest::mouseClick(&window, Qt::LeftButton, {}, {50, 50});
-        QTRY_COMPARE(order, QStringList({u"view"_s, u"screen"_s}));
+        TRY_COMPARE(order, QStringList({u"view"_s, u"screen"_s}));
         QCOMPARE(warnings.count(), 0);
         QCOMPARE(root->presses, 0);
     }
@@ -201,7 +202,7 @@ private slots:
         QCOMPARE(stage->y(), style == ViewController::ModalTransitionStyle::CoverVertical ? 844.0 : 0.0);
         QCOMPARE(stage->opacity(), style == ViewController::ModalTransitionStyle::CrossDissolve ? 0.0 : 1.0);
         QVERIFY(findView(host, u"root"_s)->isVisible());
-        QTRY_VERIFY(!host.isMoving());
+        TRY_VERIFY(!host.isMoving());
         QCOMPARE(stage->position(), QPointF());
         QCOMPARE(stage->opacity(), 1.0);
         QVERIFY(!findView(host, u"root"_s)->isVisible());
@@ -210,7 +211,7 @@ private slots:
         QVERIFY(host.isMoving());
         QVERIFY(findView(host, u"root"_s)->isVisible());
         root->present(top, Animated::Yes); // at once again, while the old view is still on its way out
-        QTRY_VERIFY(!host.isMoving());
+        TRY_VERIFY(!host.isMoving());
         QVERIFY(findView(host, u"top"_s));
     }
 
