@@ -1,125 +1,227 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonValue>
 #include <QString>
 
+#include <cmath>
 #include <optional>
 #include <tl/expected.hpp>
 #include <tuple>
+#include <type_traits>
 #include <vector>
 
 #include "platform/json/RecordError.h"
+#include "platform/json/Words.h"
 
 namespace vynlex {
 
-/// The mapping of a record to JSON: a tuple of `required` and `optional` fields, specialised beside each record.
+/// The mapping of a record to JSON: a tuple of `required`, `optional` and `lenient` fields, specialised beside each
+/// record. A record without any key has an empty tuple.
 template<typename Record> inline constexpr auto fields = nullptr;
 
-template<typename Record, typename Value> struct Field {
-    const char *key;
+enum class Leniency { Strict, Lenient };
+
+template<typename Record, typename Value, Leniency leniency> struct Field {
+    QLatin1StringView key;
     Value Record::*member;
 };
 
 /// Missing or mistyped: the record fails.
 template<typename Record, typename Value>
-constexpr Field<Record, Value> required(const char *key, Value Record::*member)
+constexpr Field<Record, Value, Leniency::Strict> required(const char *key, Value Record::*member)
 {
-    return {key, member};
+    return {QLatin1StringView(key), member};
 }
 
 /// Missing or null: absent. Mistyped: the record fails. Written only when present.
 template<typename Record, typename Value>
-constexpr Field<Record, std::optional<Value>> optional(const char *key, std::optional<Value> Record::*member)
+constexpr Field<Record, std::optional<Value>, Leniency::Strict> optional(const char *key,
+                                                                         std::optional<Value> Record::*member)
 {
-    return {key, member};
+    return {QLatin1StringView(key), member};
+}
+
+/// Missing, null or mistyped: what the field holds in a new record. A list is taken whole or not at all.
+template<typename Record, typename Value>
+constexpr Field<Record, Value, Leniency::Lenient> lenient(const char *key, Value Record::*member)
+{
+    return {QLatin1StringView(key), member};
 }
 
 namespace json {
 
-/// Reads one value; `path` names it in the error.
+/// Why and where a reading failed. The place is put together on the way out, so that a reading that succeeds pays
+/// nothing for it; a lenient reading passes null instead and has nothing written down at all.
+using Failure = RecordError;
+
+inline bool fail(Failure *failure, const QJsonValue &json, const char *expected)
+{
+    if (failure)
+        failure->problem = QLatin1StringView(json.isUndefined() ? "missing" : expected);
+    return false;
+}
+
+inline bool failAt(Failure *failure, QLatin1StringView key)
+{
+    if (failure)
+        failure->path.prepend(QLatin1Char('.') + key);
+    return false;
+}
+
+inline bool failAt(Failure *failure, qsizetype index)
+{
+    if (failure)
+        failure->path.prepend(QLatin1Char('[') + QString::number(index) + QLatin1Char(']'));
+    return false;
+}
+
+template<typename Value> struct Reader;
+
+template<typename Record, typename Value>
+bool readField(const QJsonObject &object, const Field<Record, Value, Leniency::Strict> &field, Record &record,
+               Failure *failure)
+{
+    return Reader<Value>::read(object.value(field.key), record.*field.member, failure) || failAt(failure, field.key);
+}
+
+template<typename Record, typename Value>
+bool readField(const QJsonObject &object, const Field<Record, Value, Leniency::Lenient> &field, Record &record,
+               Failure *)
+{
+    Value value{};
+    const QJsonValue json = object.value(field.key);
+    if (!json.isUndefined() && !json.isNull() && Reader<Value>::read(json, value, nullptr))
+        record.*field.member = std::move(value);
+    return true;
+}
+
+/// What the record's table names; stops at the first field that fails.
+template<typename Record> bool readFields(const QJsonObject &object, Record &record, Failure *failure)
+{
+    return std::apply([&](const auto &...field) { return (readField(object, field, record, failure) && ...); },
+                      fields<Record>);
+}
+
+/// How a type stands in JSON. `read` gives false when `json` is not one, and may then have changed `value`. This is the
+/// reader of records; a record that a table cannot describe has a specialisation of its own.
 template<typename Value> struct Reader {
     static_assert(!std::is_same_v<decltype(fields<Value>), const std::nullptr_t>, "the record has no table of fields");
 
-    static tl::expected<Value, RecordError> read(const QJsonValue &json, const QString &path)
+    static bool read(const QJsonValue &json, Value &record, Failure *failure)
     {
-        if (!json.isObject())
-            return tl::unexpected(RecordError{path, QStringLiteral("expected an object")});
-        const QJsonObject object = json.toObject();
-        Value record;
-        std::optional<RecordError> error;
-        const auto readField = [&]<typename Member>(const Field<Value, Member> &field) {
-            const QString fieldPath = path + QLatin1Char('.') + QLatin1String(field.key);
-            auto value = Reader<Member>::read(object.value(QLatin1String(field.key)), fieldPath);
-            if (value)
-                record.*field.member = std::move(*value);
-            else
-                error = value.error();
-            return value.has_value();
-        };
-        // Stops at the first field that fails.
-        std::apply([&](const auto &...field) { (readField(field) && ...); }, fields<Value>);
-        if (error)
-            return tl::unexpected(*error);
-        return record;
+        return json.isObject() ? readFields(json.toObject(), record, failure)
+                               : fail(failure, json, "expected an object");
     }
 
     static QJsonValue write(const Value &record)
     {
         QJsonObject object;
-        const auto writeField = [&]<typename Member>(const Field<Value, Member> &field) {
+        const auto writeField = [&](const auto &field) {
+            using Member = std::remove_cvref_t<decltype(record.*field.member)>;
             const QJsonValue value = Reader<Member>::write(record.*field.member);
             if (!value.isUndefined())
-                object.insert(QLatin1String(field.key), value);
+                object.insert(field.key, value);
         };
         std::apply([&](const auto &...field) { (writeField(field), ...); }, fields<Value>);
         return object;
     }
 };
 
-inline tl::unexpected<RecordError> mistyped(const QJsonValue &json, const QString &path, QLatin1String expected)
-{
-    return tl::unexpected(RecordError{path, json.isUndefined() ? QStringLiteral("missing") : QString(expected)});
-}
-
 template<> struct Reader<QString> {
-    static tl::expected<QString, RecordError> read(const QJsonValue &json, const QString &path)
+    static bool read(const QJsonValue &json, QString &value, Failure *failure)
     {
         if (!json.isString())
-            return mistyped(json, path, QLatin1String("expected text"));
-        return json.toString();
+            return fail(failure, json, "expected text");
+        value = json.toString();
+        return true;
     }
     static QJsonValue write(const QString &value) { return value; }
 };
 
+template<> struct Reader<bool> {
+    static bool read(const QJsonValue &json, bool &value, Failure *failure)
+    {
+        if (!json.isBool())
+            return fail(failure, json, "expected true or false");
+        value = json.toBool();
+        return true;
+    }
+    static QJsonValue write(bool value) { return value; }
+};
+
 template<> struct Reader<double> {
-    static tl::expected<double, RecordError> read(const QJsonValue &json, const QString &path)
+    static bool read(const QJsonValue &json, double &value, Failure *failure)
     {
         if (!json.isDouble())
-            return mistyped(json, path, QLatin1String("expected a number"));
-        return json.toDouble();
+            return fail(failure, json, "expected a number");
+        value = json.toDouble();
+        return true;
     }
     static QJsonValue write(double value) { return value; }
 };
 
+/// A whole number, in whatever way it is written (3, 3.0, 3e2), that 64 bits hold.
+template<> struct Reader<qint64> {
+    static bool read(const QJsonValue &json, qint64 &value, Failure *failure)
+    {
+        value = json.toInteger(0);
+        if (value == 0 && json.toInteger(1) == 1) // not zero, but the value for what is no integer
+            return fail(failure, json, "expected an integer");
+        return true;
+    }
+    static QJsonValue write(qint64 value) { return value; }
+};
+
+/// A number: seconds since 2001-01-01 00:00:00 UTC. A date written as text is mistyped.
+template<> struct Reader<QDateTime> {
+    static constexpr double epochMs = 978'307'200'000;
+    static constexpr double latestMs = 8.64e15; // 100 million days, within what QDateTime can tell
+
+    static bool read(const QJsonValue &json, QDateTime &value, Failure *failure)
+    {
+        const double sinceEpochMs = std::round(json.toDouble(qQNaN()) * 1000);
+        if (!(std::abs(sinceEpochMs) <= latestMs))
+            return fail(failure, json, "expected seconds since 2001");
+        value = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(epochMs + sinceEpochMs), Qt::UTC);
+        return true;
+    }
+    static QJsonValue write(const QDateTime &value)
+    {
+        return (static_cast<double>(value.toMSecsSinceEpoch()) - epochMs) / 1000;
+    }
+};
+
+template<Worded Enumeration> struct Reader<Enumeration> {
+    static bool read(const QJsonValue &json, Enumeration &value, Failure *failure)
+    {
+        const auto known = json.isString() ? fromWord<Enumeration>(json.toString()) : std::nullopt;
+        if (!known)
+            return fail(failure, json, "expected one of the known words");
+        value = *known;
+        return true;
+    }
+    static QJsonValue write(Enumeration value) { return wordOf(value); }
+};
+
 template<typename Element> struct Reader<std::vector<Element>> {
-    static tl::expected<std::vector<Element>, RecordError> read(const QJsonValue &json, const QString &path)
+    static bool read(const QJsonValue &json, std::vector<Element> &elements, Failure *failure)
     {
         if (!json.isArray())
-            return mistyped(json, path, QLatin1String("expected an array"));
+            return fail(failure, json, "expected an array");
         const QJsonArray array = json.toArray();
-        std::vector<Element> elements;
-        elements.reserve(static_cast<std::size_t>(array.size()));
-        for (qsizetype i = 0; i < array.size(); ++i) {
-            auto element = Reader<Element>::read(array.at(i), path + QStringLiteral("[%1]").arg(i));
-            if (!element)
-                return tl::unexpected(element.error());
-            elements.push_back(std::move(*element));
+        const qsizetype size = array.size();
+        elements.clear();
+        elements.reserve(static_cast<std::size_t>(size));
+        for (qsizetype i = 0; i < size; ++i) {
+            if (!Reader<Element>::read(array.at(i), elements.emplace_back(), failure))
+                return failAt(failure, i);
         }
-        return elements;
+        return true;
     }
     static QJsonValue write(const std::vector<Element> &elements)
     {
@@ -131,14 +233,13 @@ template<typename Element> struct Reader<std::vector<Element>> {
 };
 
 template<typename Value> struct Reader<std::optional<Value>> {
-    static tl::expected<std::optional<Value>, RecordError> read(const QJsonValue &json, const QString &path)
+    static bool read(const QJsonValue &json, std::optional<Value> &value, Failure *failure)
     {
-        if (json.isUndefined() || json.isNull())
-            return std::optional<Value>();
-        auto value = Reader<Value>::read(json, path);
-        if (!value)
-            return tl::unexpected(value.error());
-        return std::optional(std::move(*value));
+        if (json.isUndefined() || json.isNull()) {
+            value.reset();
+            return true;
+        }
+        return Reader<Value>::read(json, value.emplace(), failure);
     }
     static QJsonValue write(const std::optional<Value> &value)
     {
@@ -155,13 +256,23 @@ template<typename Value> tl::expected<Value, RecordError> decodeJson(const QByte
     const QJsonDocument document = QJsonDocument::fromJson(text, &parseError);
     if (parseError.error != QJsonParseError::NoError)
         return tl::unexpected(RecordError{QStringLiteral("$"), parseError.errorString()});
-    return json::Reader<Value>::read(document.isArray() ? QJsonValue(document.array()) : QJsonValue(document.object()),
-                                     QStringLiteral("$"));
+    tl::expected<Value, RecordError> value;
+    json::Failure failure;
+    if (!json::Reader<Value>::read(document.isArray() ? QJsonValue(document.array()) : QJsonValue(document.object()),
+                                   *value, &failure))
+        value = tl::unexpected(RecordError{QLatin1Char('$') + failure.path, failure.problem});
+    return value;
+}
+
+/// For what is put together by hand around records.
+template<typename Value> QJsonValue toJson(const Value &value)
+{
+    return json::Reader<Value>::write(value);
 }
 
 template<typename Value> QByteArray encodeJson(const Value &value)
 {
-    const QJsonValue json = json::Reader<Value>::write(value);
+    const QJsonValue json = toJson(value);
     return (json.isArray() ? QJsonDocument(json.toArray()) : QJsonDocument(json.toObject()))
         .toJson(QJsonDocument::Compact);
 }
