@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+namespace vynlex {
+
+/// A deployment of the backend. A plain value; known by the bare name of its host.
+class VLApiServer {
+public:
+    enum Case { staging, preStage, rc, production, tenantGroups, demo };
+
+    constexpr VLApiServer(Case which)
+        : m_case(which)
+    {
+    }
+    constexpr operator Case() const { return m_case; }
+
+    /// The deployment whose `rawValue` is exactly `text`: no scheme, no slash, the same letter case. None otherwise.
+    static std::optional<VLApiServer> fromRawValue(const QString &text);
+
+    /// The host name of the REST interface.
+    [[nodiscard]] QString rawValue() const;
+    /// The host name of the socket for events.
+    [[nodiscard]] QString socketHost() const;
+    /// "https://", the host and "/api".
+    [[nodiscard]] QString getApiUrl() const;
+
+private:
+    Case m_case;
+};
+
+} // namespace vynlex

@@ -1,0 +1,256 @@
+#include <QtTest>
+
+#include <VynlexTranslationSDK/VLApiServer.h>
+#include <VynlexTranslationSDK/VLCurrentUserType.h>
+
+#include "api/ChatRecords.h"
+#include "api/DirectoryRecords.h"
+#include "api/VLAPIPath.h"
+#include "api/VLHTTPMethod.h"
+#include "tests/fakes/CapturedConsole.h"
+
+using namespace Qt::StringLiterals;
+using namespace vynlex;
+
+namespace {
+
+/// What is left of `json` when it has been read and is written again: every key that the record knows.
+template<typename Record> QByteArray again(const QByteArray &json)
+{
+    const auto record = decodeJson<Record>(json);
+    return record ? encodeJson(*record) : record.error().message().toUtf8();
+}
+
+/// A text with its keys in the order in which they are written.
+QByteArray sorted(const QByteArray &json)
+{
+    return QJsonDocument::fromJson(json).toJson(QJsonDocument::Compact);
+}
+
+const QByteArray wholeCall = R"({
+    "_id":"1","title":"2","roomId":"3","userId":"4","groupId":"5","isActive":true,"groupModified":false,
+    "startMeeting":"6","manualIps":["7","8"],"conferaId":"9","isOneToOne":true,"isCurrentlyRecording":false,
+    "isRecordedFlag":true,"endMeeting":"10","cOn":"11","mOn":"12","__v":13,"isPersonal":false,
+    "forScheduledMeeting":true,"isPinEnabled":false,"roomPIN":"14","ownerName":"15","ownerPhoneNo":"16",
+    "ownerEmailId":"17","ownerTenantId":"18","imageMeta":{},"isMissedCall":true,"typeOfCall":"19",
+    "members":[{"userId":"a","type":"b","phoneNo":"c","name":"d","lname":"e","imageMeta":{},"callRole":"f",
+                "status":"g","inAnActiveCall":true},{}]})";
+
+VLChatMessage message(const QByteArray &json)
+{
+    const auto read = decodeJson<VLChatMessage>(json);
+    if (!read)
+        qFatal("%s", qPrintable(read.error().message()));
+    return *read;
+}
+
+VLChatMessage bareMessage()
+{
+    VLChatMessage message;
+    message.id = u"a"_s;
+    message.threadId = u"t"_s;
+    return message;
+}
+
+} // namespace
+
+class TestApiRecords : public QObject {
+    Q_OBJECT
+
+private slots:
+    void aServerIsKnownByTheExactNameOfItsHost()
+    {
+        const std::array servers{VLApiServer::staging,    VLApiServer::preStage,     VLApiServer::rc,
+                                 VLApiServer::production, VLApiServer::tenantGroups, VLApiServer::demo};
+        for (const VLApiServer server : servers) {
+            const QString host = server.rawValue();
+            QVERIFY(VLApiServer::fromRawValue(host) == server);
+            QCOMPARE(server.socketHost(), u"socket."_s + host);
+            QCOMPARE(server.getApiUrl(), u"https://"_s + host + u"/api"_s);
+            for (const QString &other : {host.toUpper(), u"https://"_s + host, host + u'/', QString()})
+                QVERIFY(!VLApiServer::fromRawValue(other));
+        }
+        QCOMPARE(VLApiServer(VLApiServer::production).rawValue(), u"app.confera.example"_s);
+        QCOMPARE(VLApiServer(VLApiServer::tenantGroups).rawValue(), u"groups.confera.example"_s);
+    }
+
+    void verbsAndPathsAreTheBackends()
+    {
+        QCOMPARE(wordOf(VLHTTPMethod::delete_), "DELETE"_L1);
+        QVERIFY(fromWord<VLHTTPMethod>(u"PUT") == VLHTTPMethod::put);
+        QVERIFY(!fromWord<VLHTTPMethod>(u"get"));
+        QCOMPARE(VLAPIPath::getChatThreadMessages(u"T1"_s).apiPathString(), u"chat/thread/T1/messages"_s);
+        QCOMPARE(VLAPIPath::sendChatMessage(u"T1"_s).apiPathString(), u"chat/thread/T1/messages"_s);
+        QVERIFY(VLAPIPath::sendChatMessage(u"T1"_s) != VLAPIPath::getChatThreadMessages(u"T1"_s));
+        QCOMPARE(VLAPIPath::getChatThreadMessages({}).apiPathString(), u"chat/thread//messages"_s);
+    }
+
+    void everyKeyOfADirectoryRecordIsRead_data()
+    {
+        QTest::addColumn<QByteArray>("written");
+        QTest::addColumn<QByteArray>("json");
+        const QByteArray token = R"({"jwt":"1","refToken":"2","jwt_expires_on":"3","reftoken_expires_on":"4"})";
+        QTest::newRow("token") << again<VLTokenResponse>(token) << token;
+        const QByteArray contacts = R"({"moreAvailable":true,"total":2,"contacts":[
+            {"id":"1","name":"2","lname":"3","phoneNo":"4","roleIds":["5"]},{}]})";
+        QTest::newRow("contacts") << again<VLContactsResponse>(contacts) << contacts;
+        const QByteArray calls = R"({"totalCount":7,"moreAvailable":false,"callHistory":[)" + wholeCall + "]}";
+        QTest::newRow("calls") << again<VLRecentContactsResponse>(calls) << calls;
+        QTest::newRow("success") << again<VLSuccessResponse>(R"({"success":false})")
+                                 << QByteArray(R"({"success":false})");
+        QTest::newRow("absent and null are one")
+            << again<CallHistory>(R"({"_id":null,"imageMeta":null,"members":null,"__v":null,"other":1})")
+            << QByteArray("{}");
+        QTest::newRow("empty is not absent")
+            << again<VLContactsResponse>(R"({"contacts":[]})") << QByteArray(R"({"contacts":[]})");
+        QTest::newRow("a picture's details do not count")
+            << again<Members>(R"({"imageMeta":{"url":7}})") << QByteArray(R"({"imageMeta":{}})");
+    }
+    void everyKeyOfADirectoryRecordIsRead()
+    {
+        QFETCH(const QByteArray, written);
+        QFETCH(const QByteArray, json);
+        QCOMPARE(written, sorted(json));
+    }
+
+    void aMistypedKeyFailsTheWholeDirectoryAnswer_data()
+    {
+        QTest::addColumn<QByteArray>("complaint");
+        QTest::addColumn<QByteArray>("expected");
+        QTest::newRow("deep in a page") << again<VLContactsResponse>(R"({"contacts":[{},{},{},{"roleIds":[7]}]})")
+                                        << QByteArray("$.contacts[3].roleIds[0]: expected text");
+        QTest::newRow("a count with a fraction")
+            << again<VLContactsResponse>(R"({"total":1.5})") << QByteArray("$.total: expected an integer");
+        QTest::newRow("a required key") << again<VLRecentContactsResponse>(R"({"moreAvailable":true,"callHistory":[]})")
+                                        << QByteArray("$.totalCount: missing");
+        QTest::newRow("a required key that is null")
+            << again<VLRecentContactsResponse>(R"({"totalCount":1,"moreAvailable":true,"callHistory":null})")
+            << QByteArray("$.callHistory: expected an array");
+        QTest::newRow("a picture that is none")
+            << again<CallHistory>(R"({"imageMeta":"x"})") << QByteArray("$.imageMeta: expected an object");
+    }
+    void aMistypedKeyFailsTheWholeDirectoryAnswer()
+    {
+        QFETCH(const QByteArray, complaint);
+        QFETCH(const QByteArray, expected);
+        QCOMPARE(complaint, expected);
+    }
+
+    void aMessageIsReadAsItsTypeAsks()
+    {
+        VLChatMessage normal = bareMessage();
+        QVERIFY(message(R"({"_id":"a","threadId":"t"})") == normal);
+
+        normal.createdAtString = u"c"_s;
+        normal.conferaId = u"o"_s;
+        normal.creatorId = u"u"_s;
+        normal.creatorsName = u"n"_s;
+        normal.creatorsLName = u"l"_s;
+        normal.messageText = u"hi-IN## नमस्ते"_s;
+        normal.attachments.emplace();
+        normal.attachments->push_back({u"1"_s, u"2"_s, u"3"_s, u"4"_s, u"5"_s, u"6"_s, u"7"_s});
+        normal.attachments->emplace_back();
+        normal.reciepients = {{u"r"_s, true, true}, {}};
+        const QByteArray common = R"({"_id":"a","threadId":"t","conferaId":"o","createdBy":"u","creatorsName":"n",
+            "creatorsLName":"l","cOn":"c","recipients":[{"userId":"r","isDeleted":true,"isUnread":true},{"userId":1}],
+            "messageComponent":{"text":"hi-IN## नमस्ते","attachments":[{"fileID":"1","fileName":"2","fileSize":"3",
+                "downloadURL":"4","imageTrancodedURL":"5","streamingURL":"6","documentURL":"7"},{"fileSize":1024}]},
+            "systemComponent":{"message":"joined","usersAdded":[{"name":"A"}],
+                "usersRemoved":[{"name":"1","lname":"2","userId":"3"}],"action":"usermod"},"other":{},"type":)";
+        QVERIFY(message(common + R"("message"})") == normal);
+        QVERIFY(message(common + R"("usermod"})") == normal);
+        QVERIFY(message(common + "7}") == normal);
+
+        VLChatMessage system = normal;
+        system.messageType = VLChatMessageType::system;
+        system.isSystemMessage = true;
+        system.messageText = u"joined"_s;
+        system.attachments.reset();
+        system.addedUsers = {{u"A"_s, {}, {}}};
+        system.removedUsers = {{u"1"_s, u"2"_s, u"3"_s}};
+        QVERIFY(message(common + R"("system"})") == system);
+    }
+
+    void whatIsOddInAMessageIsLeftOut()
+    {
+        const QByteArray start = R"({"_id":"a","threadId":"t",)";
+        QVERIFY(message(start + R"("createdBy":null,"creatorsName":1,"creatorsLName":[],"cOn":0,"conferaId":{},
+            "recipients":[{},7],"messageComponent":"text"})") == bareMessage());
+        VLChatMessage withText = bareMessage();
+        withText.messageText = u"x"_s;
+        QVERIFY(message(start + R"("messageComponent":{"text":"x","attachments":[{},null]}})") == withText);
+        VLChatMessage system = bareMessage();
+        system.messageType = VLChatMessageType::system;
+        system.isSystemMessage = true;
+        QVERIFY(message(start + R"("type":"system","messageComponent":{"text":"x"}})") == system);
+        QVERIFY(message(start + R"("type":"system","systemComponent":{"message":1,"usersAdded":{},"action":"x"}})") ==
+                system);
+    }
+
+    void aPageWithAMessageWithoutIdentifierHasNoMessages_data()
+    {
+        QTest::addColumn<QByteArray>("second");
+        QTest::addColumn<int>("count"); // -1: absent
+        QTest::newRow("whole") << QByteArray(R"({"_id":"b","threadId":"t"})") << 2;
+        QTest::newRow("no id") << QByteArray(R"({"threadId":"t"})") << -1;
+        QTest::newRow("no thread") << QByteArray(R"({"_id":"b","threadId":null})") << -1;
+        QTest::newRow("no record") << QByteArray("[]") << -1;
+    }
+    void aPageWithAMessageWithoutIdentifierHasNoMessages()
+    {
+        QFETCH(const QByteArray, second);
+        QFETCH(const int, count);
+        const auto page = decodeJson<VLThreadChatMessages>(R"({"messages":[{"_id":"a","threadId":"t"},)" + second +
+                                                           R"(],"totalCount":2,"unreadCount":"1"})");
+        QVERIFY(page);
+        QCOMPARE(page->messages ? static_cast<int>(page->messages->size()) : -1, count);
+        QVERIFY(page->totalCount == 2);
+        QVERIFY(!page->unreadCount);
+        QVERIFY(!page->moreAvailable);
+    }
+
+    void aCreatorThatIsNoTextEndsTheProcess()
+    {
+        for (const char *const creator : {"42", "{}", "true"}) {
+            const QByteArray json = QByteArray(R"({"_id":"a","threadId":"t","createdBy":)") + creator + '}';
+            QVERIFY(fatalErrorOf([&] {
+                        message(json);
+                    }).contains(u"ChatRecords.cpp: the \"createdBy\" of a VLChatMessage"_s));
+            const QByteArray page = R"({"messages":[)" + json + "]}";
+            QVERIFY(!fatalErrorOf([&] { static_cast<void>(decodeJson<VLThreadChatMessages>(page)); }).isEmpty());
+        }
+        // A message that has no identifier has failed before that.
+        QVERIFY(!decodeJson<VLChatMessage>(R"({"_id":"a","createdBy":42})"));
+    }
+
+    void aThreadNeedsItsIdAndNothingElse()
+    {
+        VLChatThread thread;
+        thread.id = u"a"_s;
+        const auto bare = decodeJson<VLChatThread>(
+            R"({"_id":"a","modifiedAt":"2026-01-31T09:15:00Z","numberOfAttachments":1.5,"members":[{"name":"A"}]})");
+        QVERIFY(bare && *bare == thread);
+
+        thread.createdAtString = u"then"_s;
+        thread.conferaId = u"o"_s;
+        thread.name = u"n"_s;
+        thread.status = u"s"_s;
+        thread.isRestrictedChat = true;
+        thread.numberOfAttachments = 3;
+        thread.context = u"c"_s;
+        thread.createdBy = u"u"_s;
+        thread.modifiedAt = QDateTime(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC);
+        thread.update = false;
+        thread.members = {{u"1"_s, u"N"_s, u"L"_s}, {u"2"_s, {}, {}}};
+        const auto whole = decodeJson<VLChatThread>(R"({"_id":"a","createdAt":"then","conferaId":"o","name":"n",
+            "status":"s","isRestrictedChat":true,"numberOfAttachments":3,"context":"c","createdBy":"u","modifiedAt":0,
+            "update":false,"members":[{"_id":"1","name":"N","lname":"L"},{"_id":"2","name":7}]})");
+        QVERIFY(whole && *whole == thread);
+
+        QVERIFY(!decodeJson<VLChatThread>(R"({"_id":7})"));
+        QVERIFY(!decodeJson<VLChatThread>("{}"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestApiRecords)
+#include "tst_api_records.moc"
