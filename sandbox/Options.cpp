@@ -1,6 +1,8 @@
 #include "sandbox/Options.h"
 
 #include <charconv>
+#include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <functional>
 #include <map>
@@ -35,6 +37,15 @@ std::uint16_t port(const std::string &name, const std::string &value)
     return number;
 }
 
+std::chrono::seconds seconds(const std::string &name, const std::string &value)
+{
+    std::uint32_t number = 0;
+    const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
+    if (error != std::errc{} || end != value.data() + value.size() || number == 0)
+        throw std::invalid_argument(name + ": '" + value + "' is not a number of seconds");
+    return std::chrono::seconds(number);
+}
+
 } // namespace
 
 Options Options::parse(const std::vector<std::string> &arguments)
@@ -56,6 +67,9 @@ Options Options::parse(const std::vector<std::string> &arguments)
         {"--speech-region", addTo(options.speech.regions)},
         {"--translator-key", addTo(options.translator.keys)},
         {"--translator-region", addTo(options.translator.regions)},
+        {"--seed", [&](const std::string &, const std::string &value) { options.backend.seed = value; }},
+        {"--token-lifetime", [&](const std::string &name,
+                                 const std::string &value) { options.backend.tokenLifetime = seconds(name, value); }},
         {"--phrasebook", [&](const std::string &, const std::string &value) { options.phrasebook = value; }},
     };
     const std::map<std::string, bool *, std::less<>> switches{
@@ -90,6 +104,7 @@ Options Options::parse(const std::vector<std::string> &arguments)
         options.translator.keys.emplace_back(defaultTranslatorKey);
     if (options.server.dataFolder.empty() && !options.help && !options.version)
         options.server.dataFolder = defaultDataFolder();
+    options.backend.dataFolder = options.server.dataFolder;
     return options;
 }
 
@@ -110,6 +125,9 @@ Stands in, on this machine only, for the cloud services that the translation kit
                             (default: sandbox-translator-key)
   --translator-region NAME  a region that the translator key is good for; repeatable (default: any)
   --phrasebook FILE         the sentences that are understood, tab-separated
+  --seed FILE               users, calls and conversations of a new data folder, JSON; the web token
+                            of each user is "web-token-" and the user's id
+  --token-lifetime SECONDS  how long the backend's JWTs are good (default: 86400)
   --stop-with-parent        stop when standard input reaches its end
   --help                    show this and stop
   --version                 show the version and stop

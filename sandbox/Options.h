@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "sandbox/backend/BackendApi.h"
 #include "sandbox/server/Server.h"
 #include "sandbox/server/Subscription.h"
 
@@ -19,6 +20,7 @@ struct Options {
     ServerOptions server;
     Subscription speech;
     Subscription translator;
+    BackendOptions backend;
     std::optional<std::filesystem::path> phrasebook; ///< absent: the one that comes with the sandbox
     bool stopWithStandardInput = false;
     bool help = false;

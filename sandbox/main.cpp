@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "sandbox/Options.h"
+#include "sandbox/backend/BackendRoutes.h"
 #include "sandbox/recognition/RecogniserModels.h"
 #include "sandbox/server/Server.h"
 #include "sandbox/speech/SpeechRoutes.h"
@@ -43,7 +44,9 @@ int serve(const sandbox::Options &options)
     if (options.phrasebook)
         files.phrasebook = *options.phrasebook;
     const auto models = sandbox::RecogniserModels::load(files);
+    sandbox::BackendApi backend(options.backend);
     sandbox::Server server(options.server);
+    sandbox::addBackendRoutes(server.context(), backend);
     sandbox::addTranslationRoutes(server.context().router, models->book(), options.translator);
     sandbox::addSpeechRoutes(std::make_shared<sandbox::SpeechService>(
         sandbox::SpeechService{server.context(), options.speech, sandbox::makeSpeechEngines(models)}));

@@ -120,6 +120,7 @@ private slots:
         QTest::newRow("no port") << QStringList{"--port", "70000"} << 2 << QByteArray("70000");
         QTest::newRow("half a number") << QStringList{"--proxy-port=80a"} << 2 << QByteArray("80a");
         QTest::newRow("empty value") << QStringList{"--speech-key="} << 2 << QByteArray("--speech-key");
+        QTest::newRow("no time at all") << QStringList{"--token-lifetime", "0"} << 2 << QByteArray("--token-lifetime");
         QTest::newRow("no phrasebook") << QStringList{"--phrasebook", "/no/such/book.tsv"} << 1
                                        << QByteArray("book.tsv");
     }
