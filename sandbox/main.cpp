@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -21,6 +22,10 @@
 #include "sandbox/translation/TranslationRoutes.h"
 
 namespace {
+
+/// Room for the largest address book that the backend takes, 10,000 entries with long names in any script. What is
+/// larger yet, the server refuses before the backend can say so in its own form.
+constexpr std::size_t largestBody = std::size_t{4} * 1024 * 1024;
 
 /// Keys that the user chose stay unsaid; those that everybody knows help a host to its configuration.
 std::string readyLine(const sandbox::Server::Listening &listening, const sandbox::Options &options)
@@ -45,7 +50,9 @@ int serve(const sandbox::Options &options)
         files.phrasebook = *options.phrasebook;
     const auto models = sandbox::RecogniserModels::load(files);
     sandbox::BackendApi backend(options.backend);
-    sandbox::Server server(options.server);
+    sandbox::ServerOptions serverOptions = options.server;
+    serverOptions.limits.bodyBytes = largestBody;
+    sandbox::Server server(std::move(serverOptions));
     sandbox::addBackendRoutes(server.context(), backend);
     sandbox::addTranslationRoutes(server.context().router, models->book(), options.translator);
     sandbox::addSpeechRoutes(std::make_shared<sandbox::SpeechService>(

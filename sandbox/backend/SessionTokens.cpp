@@ -58,6 +58,7 @@ std::string keyIn(const fs::path &folder)
 {
     if (folder.empty())
         return newKey();
+    fs::create_directories(folder);
     const fs::path file = folder / "session-key";
     if (!fs::exists(file))
         makeKeyFile(file);

@@ -6,6 +6,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUrlQuery>
@@ -34,6 +35,7 @@ const std::string asha = "65b20a005eed000000000001";  // the user of most tests
 const std::string rohan = "65b20a005eed000000000002"; // has 200 messages with her
 const std::string meera = "65b20a005eed000000000003"; // has no thread with her
 const std::string anna = "65b20a005eed000000000004";
+const std::string brian = "65b20a005eed000000000005";
 const std::string waiting = "65b20a005eed00000000002c";
 const std::string longThread = "66a9f2005eed000000000001";  // Asha and Rohan
 const std::string otherThread = "66a9f2005eed000000000005"; // of two others
@@ -395,6 +397,32 @@ private slots:
         QCOMPARE(other.as(rohan).ask("GET", "/api/contacts/all").json["total"].toInt(), 0);
     }
 
+    void theAddressBookOfTheSeedFindsPeopleInEveryScript()
+    {
+        QFile file(QString::fromStdString(defaultSeedFile().string()));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const auto book = QJsonDocument::fromJson(file.readAll())["deviceContacts"].toArray();
+        QVERIFY(book.size() >= 60);
+        QList<std::pair<QString, QString>> numbers;
+        for (const auto entry : book) {
+            const auto person = entry.toObject();
+            for (const auto number : person["phoneNumbers"].toArray()) {
+                const auto digits = number.toString().remove(QRegularExpression("[^0-9]"));
+                numbers.emplace_back(person["name"].toString() + " " + person["lname"].toString(), digits);
+            }
+        }
+        Caller caller(listening());
+        caller.as(brian).ask("PUT", "/api/contacts/append", uploadBody(numbers));
+        const auto found = caller.ask("GET", "/api/contacts/all").json;
+        QCOMPARE(caller.violations, QStringList());
+        QVERIFY(found["total"].toInt() >= 30);
+        QVERIFY(found["total"].toInt() < numbers.size() - 20); // some are strangers
+        const auto names = listed(found, "contacts", "name").join(' ');
+        for (const auto script : {QChar::Script_Latin, QChar::Script_Devanagari, QChar::Script_Gujarati,
+                                  QChar::Script_Bengali, QChar::Script_Telugu})
+            QVERIFY(std::any_of(names.begin(), names.end(), [&](QChar c) { return c.script() == script; }));
+    }
+
     void callsAreThoseOfTheCallerNewestFirst()
     {
         const auto all = m_caller->calls("one_to_one_call,group_call").json;
@@ -548,7 +576,7 @@ private slots:
     {
         QTemporaryDir data;
         const auto start = [&](QProcess &process) {
-            process.start(SANDBOX_PROGRAM, {"--data", data.path(), "--stop-with-parent"});
+            process.start(SANDBOX_PROGRAM, {"--data", data.path() + "/new/folder", "--stop-with-parent"});
             while (!process.canReadLine() && process.waitForReadyRead(limitMs))
                 continue;
             const auto ready = QJsonDocument::fromJson(process.readLine()).object();
