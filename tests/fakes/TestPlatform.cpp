@@ -14,6 +14,7 @@ TestPlatform::TestPlatform()
     platform.makeAudioEngine = [audio = audio] { return audio->makeEngine(); };
     platform.makeAudioPlayer = [audio = audio] { return audio->makePlayer(); };
     platform.audioSession = audio->session();
+    platform.makeReachabilitySource = [path = networkPath] { return path->makeSource(); };
     Platform::install(std::move(platform));
 }
 

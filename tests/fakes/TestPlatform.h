@@ -6,6 +6,7 @@
 #include "tests/fakes/FakeAudio.h"
 #include "tests/fakes/FakeClock.h"
 #include "tests/fakes/FakeHttpTransport.h"
+#include "tests/fakes/FakeReachabilitySource.h"
 #include "tests/fakes/FakeSocketWorker.h"
 #include "tests/fakes/FakeSpeechService.h"
 #include "tests/fakes/MemoryUserDefaults.h"
@@ -22,6 +23,7 @@ struct TestPlatform {
     const std::shared_ptr<FakeSocketWorker> socketWorker = std::make_shared<FakeSocketWorker>();
     const std::shared_ptr<FakeSpeechService> speechService = std::make_shared<FakeSpeechService>();
     const std::shared_ptr<FakeAudio> audio = std::make_shared<FakeAudio>();
+    const std::shared_ptr<FakeNetworkPath> networkPath = std::make_shared<FakeNetworkPath>();
 };
 
 } // namespace vynlex

@@ -9,6 +9,7 @@
 #include "platform/dispatch/Clock.h"
 #include "platform/net/HttpTransport.h"
 #include "platform/net/WebSocketClient.h"
+#include "platform/network/ReachabilitySource.h"
 #include "platform/speech/SpeechService.h"
 #include "platform/storage/UserDefaults.h"
 
@@ -29,6 +30,8 @@ struct Platform {
     std::function<std::unique_ptr<AudioEngine>()> makeAudioEngine;
     std::function<std::unique_ptr<AudioPlayer>()> makeAudioPlayer;
     std::shared_ptr<AudioSession> audioSession;
+    /// A device that cannot tell has none.
+    std::function<std::unique_ptr<ReachabilitySource>()> makeReachabilitySource;
 
     /// The shipped platform: Qt, curl, Beast, the device's microphone and loudspeaker.
     static Platform shipped();
