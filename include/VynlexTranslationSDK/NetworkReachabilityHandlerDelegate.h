@@ -1,0 +1,14 @@
+#pragma once
+
+namespace vynlex {
+
+/// Is told whether the device is connected. See `NetworkReachabilityHandler`.
+class NetworkReachabilityHandlerDelegate {
+public:
+    virtual ~NetworkReachabilityHandlerDelegate() = default;
+
+    /// Main thread. May add and remove delegates, itself included.
+    virtual void didNetworkStateChanged(bool isConnected) = 0;
+};
+
+} // namespace vynlex

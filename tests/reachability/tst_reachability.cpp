@@ -1,0 +1,257 @@
+#include <VynlexTranslationSDK/NetworkReachabilityHandler.h>
+#include <VynlexTranslationSDK/NetworkReachabilityHandlerDelegate.h>
+
+#include <QtTest>
+
+#include <array>
+#include <functional>
+
+#include "reachability/Reachability.h"
+#include "reachability/ReachabilityNote.h"
+#include "tests/fakes/CapturedConsole.h"
+#include "tests/fakes/TestPlatform.h"
+
+using namespace vynlex;
+
+namespace {
+
+constexpr ReachabilityFlags none = 0;
+constexpr ReachabilityFlags wifi = reachabilityFlag::reachable;
+constexpr ReachabilityFlags cellular = reachabilityFlag::reachable | reachabilityFlag::wwan;
+constexpr int patienceMs = 30'000;
+
+class Delegate final : public NetworkReachabilityHandlerDelegate {
+public:
+    void didNetworkStateChanged(bool isConnected) override
+    {
+        onMainThread = onMainThread && MainQueue::isCurrent();
+        heard.push_back(isConnected);
+        if (then)
+            then();
+    }
+
+    const QUuid identifier = QUuid::createUuid();
+    QList<bool> heard;
+    bool onMainThread = true;
+    std::function<void()> then;
+};
+
+/// Everything that was told before the call has been heard after it.
+void settle(Reachability &reachability)
+{
+    (void)reachability.readFlags(); // a turn of the serial queue
+    bool over = false;
+    MainQueue::async([&] { over = true; });
+    QTRY_VERIFY_WITH_TIMEOUT(over, patienceMs);
+}
+
+} // namespace
+
+class TestReachability : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_platform = std::make_unique<TestPlatform>();
+        m_path = m_platform->networkPath;
+    }
+
+    void theConnectionKindFollowsTheFlags_data()
+    {
+        QTest::addColumn<quint32>("flags");
+        QTest::addColumn<bool>("allowsCellular");
+        QTest::addColumn<int>("kind");
+        using Kind = Reachability::Connection;
+        QTest::newRow("nothing") << none << true << int(Kind::unavailable);
+        QTest::newRow("wwan without reachable") << reachabilityFlag::wwan << true << int(Kind::unavailable);
+        QTest::newRow("cellular") << cellular << true << int(Kind::cellular);
+        QTest::newRow("cellular, not allowed") << cellular << false << int(Kind::unavailable);
+        QTest::newRow("wifi") << wifi << false << int(Kind::wifi);
+        QTest::newRow("unknown bits beside") << (wifi | 1U | 1U << 31) << true << int(Kind::wifi);
+    }
+    void theConnectionKindFollowsTheFlags()
+    {
+        QFETCH(quint32, flags);
+        QFETCH(bool, allowsCellular);
+        const auto reachability = *Reachability::create(m_path->makeSource());
+        QVERIFY(!reachability->flags() && reachability->connection() == Reachability::Connection::unavailable);
+        QCOMPARE(description(reachability->flags()), QString("unavailable flags"));
+
+        reachability->allowsCellularConnection = allowsCellular;
+        m_path->set(flags);
+        QVERIFY(reachability->readFlags());
+        QTEST(int(reachability->connection()), "kind");
+        QVERIFY(description(reachability->flags()) != "unavailable flags");
+    }
+
+    void failuresSayWhatFailed()
+    {
+        using Failure = ReachabilitySource::StartFailure;
+        QVERIFY(Reachability::create(nullptr).error() == ReachabilityError::failedToCreateWithAddress);
+
+        const auto reachability = *Reachability::create(m_path->makeSource());
+        m_path->failNextStart(Failure::Callback);
+        QVERIFY(reachability->startNotifier().error() == ReachabilityError::unableToSetCallback);
+        m_path->failNextStart(Failure::Queue);
+        QVERIFY(reachability->startNotifier().error() == ReachabilityError::unableToSetDispatchQueue);
+        QVERIFY(!reachability->notifierRunning());
+        QCOMPARE(m_path->startedCount(), 0);
+        m_path->failReading(true);
+        QVERIFY(reachability->readFlags().error() == ReachabilityError::unableToGetFlags);
+        QVERIFY(!reachability->flags());
+        // Neither keeps it from watching.
+        QVERIFY(reachability->startNotifier());
+        m_path->set(wifi);
+        QTRY_COMPARE_WITH_TIMEOUT(reachability->flags().value_or(none), wifi, patienceMs);
+    }
+
+    void changesAreToldOnceEachWhileTheNotifierRuns()
+    {
+        NotificationCenter center;
+        QStringList told;
+        const auto reachability = *Reachability::create(m_path->makeSource(), center);
+        const auto tell = [&](const char *word) {
+            return [&told, word](Reachability &) { told.push_back(MainQueue::isCurrent() ? word : "elsewhere"); };
+        };
+        reachability->whenReachable = tell("reachable");
+        reachability->whenUnreachable = tell("unreachable");
+        const auto registration = center.addObserver(
+            QStringLiteral("reachabilityChanged"), reachability.get(), [&](const Notification &note) {
+                told.push_back(reachabilityOf(note) == reachability ? "note" : "another's note");
+            });
+
+        QVERIFY(reachability->startNotifier() && reachability->startNotifier()); // the second does nothing
+        QCOMPARE(m_path->startedCount(), 1);
+        QVERIFY(told.isEmpty());
+        settle(*reachability);
+        QCOMPARE(told, (QStringList{"unreachable", "note"})); // the flags that hold at the start
+        const auto setAndSettle = [&](ReachabilityFlags flags) {
+            told.clear();
+            m_path->set(flags);
+            settle(*reachability);
+            return told;
+        };
+        QCOMPARE(setAndSettle(none), QStringList());
+        QCOMPARE(setAndSettle(wifi), (QStringList{"reachable", "note"}));
+        QCOMPARE(setAndSettle(wifi), QStringList());
+        QCOMPARE(setAndSettle(cellular), (QStringList{"reachable", "note"}));
+        QCOMPARE(setAndSettle(none), (QStringList{"unreachable", "note"}));
+
+        reachability->stopNotifier();
+        reachability->stopNotifier();
+        QCOMPARE(m_path->startedCount(), 0);
+        QVERIFY(!reachability->notifierRunning());
+        QCOMPARE(setAndSettle(wifi), QStringList());
+    }
+
+    void theDeviceKeepsNoReachabilityAlive()
+    {
+        auto reachability = *Reachability::create(m_path->makeSource());
+        const std::weak_ptr weak = reachability;
+        int told = 0;
+        reachability->whenReachable = [&](Reachability &) { ++told; };
+        QVERIFY(reachability->startNotifier());
+        settle(*reachability);
+        m_path->set(wifi); // is on its way
+        reachability.reset();
+        QTRY_VERIFY_WITH_TIMEOUT(weak.expired(), patienceMs);
+        QCOMPARE(m_path->startedCount(), 0);
+        QTest::qWait(1);
+        QCOMPARE(told, 0);
+    }
+
+    void delegatesHearOfEveryChange()
+    {
+        NetworkReachabilityHandler handler;
+        Delegate first;
+        Delegate second;
+        handler.addDelegates(first, first.identifier);
+        handler.addDelegates(second, second.identifier);
+        m_path->set(wifi);
+        handler.startNotifier();
+        handler.startNotifier();
+        QVERIFY(first.heard.isEmpty());
+        QTRY_COMPARE_WITH_TIMEOUT(second.heard, QList<bool>{true}, patienceMs);
+        handler.startNotifier();
+
+        Delegate last; // hears after the others of all that was told
+        handler.addDelegates(last, last.identifier);
+        m_path->set(wifi);
+        m_path->set(none);
+        QTRY_COMPARE_WITH_TIMEOUT(last.heard, QList<bool>{false}, patienceMs);
+        handler.removeDelegate(QUuid::createUuid()); // changes nothing
+        m_path->set(cellular);
+        QTRY_COMPARE_WITH_TIMEOUT(last.heard, (QList<bool>{false, true}), patienceMs);
+        QTRY_COMPARE_WITH_TIMEOUT(first.heard, (QList<bool>{true, false, true}), patienceMs);
+        QTRY_COMPARE_WITH_TIMEOUT(second.heard, first.heard, patienceMs);
+        QVERIFY(first.onMainThread && second.onMainThread);
+        QCOMPARE(m_path->startedCount(), 1);
+    }
+
+    void aSecondDelegateUnderTheSameIdentifierTakesThePlace()
+    {
+        NetworkReachabilityHandler handler;
+        Delegate first;
+        Delegate second;
+        handler.addDelegates(first, first.identifier);
+        handler.addDelegates(second, first.identifier);
+        handler.startNotifier();
+        QTRY_COMPARE_WITH_TIMEOUT(second.heard, QList<bool>{false}, patienceMs);
+        QVERIFY(first.heard.isEmpty());
+    }
+
+    void delegatesMayComeAndGoWhileTheyAreTold()
+    {
+        auto handler = std::make_unique<NetworkReachabilityHandler>();
+        std::array<Delegate, 4> delegates;
+        Delegate added;
+        // Whoever is told first takes itself, its neighbours and all but the last away.
+        int calls = 0;
+        for (Delegate &delegate : delegates) {
+            handler->addDelegates(delegate, delegate.identifier);
+            delegate.then = [&] {
+                if (++calls > 1)
+                    return;
+                for (const Delegate &other : delegates)
+                    handler->removeDelegate(other.identifier);
+                handler->addDelegates(added, added.identifier);
+            };
+        }
+        handler->startNotifier();
+        QTRY_COMPARE_WITH_TIMEOUT(calls, 1, patienceMs);
+        QVERIFY(added.heard.isEmpty());
+
+        Delegate neighbour;
+        handler->addDelegates(neighbour, neighbour.identifier);
+        added.then = neighbour.then = [&] { handler.reset(); };
+        m_path->set(wifi);
+        QTRY_VERIFY_WITH_TIMEOUT(!handler, patienceMs);
+        QCOMPARE(added.heard.size() + neighbour.heard.size(), 1);
+        QCOMPARE(calls, 1);
+        QTRY_COMPARE_WITH_TIMEOUT(m_path->startedCount(), 0, patienceMs);
+    }
+
+    void aDeviceThatCannotTellIsNoError()
+    {
+        m_path->failNextStart(ReachabilitySource::StartFailure::Callback);
+        NetworkReachabilityHandler handler;
+        handler.startNotifier();
+        // The next call tries again.
+        QTRY_VERIFY_WITH_TIMEOUT((handler.startNotifier(), m_path->startedCount() == 1), patienceMs);
+    }
+
+    void aNoteAboutAnythingElseEndsTheProcess()
+    {
+        struct Stranger : NotificationObject {};
+        const Notification note{QStringLiteral("reachabilityChanged"), std::make_shared<Stranger>()};
+        QVERIFY(fatalErrorOf([&] { (void)reachabilityOf(note); }).contains("must be a Reachability"));
+    }
+
+private:
+    std::unique_ptr<TestPlatform> m_platform;
+    std::shared_ptr<FakeNetworkPath> m_path;
+};
+
+QTEST_GUILESS_MAIN(TestReachability)
+#include "tst_reachability.moc"
