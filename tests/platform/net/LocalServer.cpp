@@ -1,55 +1,101 @@
 #include "tests/platform/net/LocalServer.h"
 
-#include <sys/socket.h>
+#include <QTemporaryFile>
+
+#include <csignal>
 
 #include <array>
 #include <utility>
 
-#include <boost/asio/write.hpp>
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <openssl/ssl.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 namespace vynlex {
-
-namespace asio = boost::asio;
-using boost::system::error_code;
-
 namespace {
 
-asio::ip::tcp::endpoint loopback(quint16 port)
+sockaddr_in loopback(quint16 port)
 {
-    return {asio::ip::address_v4::loopback(), port};
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
 }
 
-void pump(TcpSocket &from, TcpSocket &to)
+bool sendAll(int descriptor, const char *bytes, qsizetype size)
+{
+    while (size > 0) {
+        const ssize_t count = ::send(descriptor, bytes, static_cast<std::size_t>(size), MSG_NOSIGNAL);
+        if (count <= 0)
+            return false;
+        bytes += count;
+        size -= count;
+    }
+    return true;
+}
+
+void pump(int from, int to)
 {
     std::array<char, 4096> block{};
-    error_code error;
-    while (!error) {
-        const std::size_t count = from.read_some(asio::buffer(block), error);
-        if (count > 0)
-            asio::write(to, asio::buffer(block.data(), count), error);
+    for (ssize_t count = 0; (count = ::recv(from, block.data(), block.size(), 0)) > 0;) {
+        if (!sendAll(to, block.data(), count))
+            break;
     }
-    to.shutdown(TcpSocket::shutdown_send, error);
+    ::shutdown(to, SHUT_WR);
+}
+
+SSL_CTX *contextOf(const std::optional<LocalServer::Tls> &tls)
+{
+    if (!tls)
+        return nullptr;
+    SSL_CTX *const context = SSL_CTX_new(TLS_server_method());
+    // The server agrees to anything, so that it is the client that refuses.
+    SSL_CTX_set_security_level(context, 0);
+    SSL_CTX_set_min_proto_version(context, TLS1_VERSION);
+    if (tls->onlyTls11)
+        SSL_CTX_set_max_proto_version(context, TLS1_1_VERSION);
+    QTemporaryFile pem;
+    if (!pem.open() || pem.write(tls->identity.chainPem + tls->identity.keyPem) <= 0 || !pem.flush())
+        qFatal("no temporary file");
+    const QByteArray name = pem.fileName().toLocal8Bit();
+    if (SSL_CTX_use_certificate_chain_file(context, name.constData()) != 1 ||
+        SSL_CTX_use_PrivateKey_file(context, name.constData(), SSL_FILETYPE_PEM) != 1)
+        qFatal("the certificate cannot be used");
+    return context;
 }
 
 } // namespace
 
-Peer::Peer(TcpSocket socket, const std::shared_ptr<asio::ssl::context> &tls)
-    : m_socket(std::move(socket))
+Peer::Peer(int descriptor, SSL_CTX *tls)
+    : m_descriptor(descriptor)
+    , m_tls(tls ? SSL_new(tls) : nullptr, SSL_free)
 {
-    if (tls) {
-        m_tls.emplace(m_socket, *tls);
-        m_tls->handshake(asio::ssl::stream_base::server);
+    const int on = 1;
+    ::setsockopt(m_descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    if (m_tls) {
+        SSL_set_fd(m_tls.get(), m_descriptor);
+        m_open = SSL_accept(m_tls.get()) == 1;
     }
+}
+
+Peer::~Peer()
+{
+    ::close(m_descriptor);
 }
 
 bool Peer::fill()
 {
     std::array<char, 16384> block{};
-    error_code error;
-    const std::size_t count =
-        m_tls ? m_tls->read_some(asio::buffer(block), error) : m_socket.read_some(asio::buffer(block), error);
+    const auto count = m_tls ? SSL_read(m_tls.get(), block.data(), static_cast<int>(block.size()))
+                             : ::recv(m_descriptor, block.data(), block.size(), 0);
+    if (count <= 0)
+        return false;
     m_unread.append(block.data(), static_cast<qsizetype>(count));
-    return count > 0;
+    return true;
 }
 
 QByteArray Peer::readHead()
@@ -63,9 +109,7 @@ QByteArray Peer::readHead()
 
 QByteArray Peer::read(qsizetype size)
 {
-    while (m_unread.size() < size) {
-        if (!fill())
-            break;
+    while (m_unread.size() < size && fill()) {
     }
     const QByteArray bytes = m_unread.left(size);
     m_unread.remove(0, size);
@@ -74,52 +118,42 @@ QByteArray Peer::read(qsizetype size)
 
 void Peer::write(const QByteArray &bytes)
 {
-    error_code ignored;
-    const auto buffer = asio::buffer(bytes.constData(), static_cast<std::size_t>(bytes.size()));
-    if (m_tls)
-        asio::write(*m_tls, buffer, ignored);
-    else
-        asio::write(m_socket, buffer, ignored);
+    if (!m_tls)
+        sendAll(m_descriptor, bytes.constData(), bytes.size());
+    else if (!bytes.isEmpty())
+        SSL_write(m_tls.get(), bytes.constData(), static_cast<int>(bytes.size()));
 }
 
-void Peer::reset()
+void Peer::resetAtEnd()
 {
-    error_code ignored;
-    m_socket.set_option(asio::socket_base::linger(true, 0), ignored);
-    m_socket.close(ignored);
+    const linger none{1, 0};
+    ::setsockopt(m_descriptor, SOL_SOCKET, SO_LINGER, &none, sizeof none);
 }
 
 void Peer::closeForSending()
 {
-    error_code ignored;
-    m_socket.shutdown(TcpSocket::shutdown_send, ignored);
+    ::shutdown(m_descriptor, SHUT_WR);
 }
 
 LocalServer::LocalServer(Script script, const std::optional<Tls> &tls)
-    : m_script(std::move(script))
+    : m_tls(contextOf(tls), SSL_CTX_free)
+    , m_script(std::move(script))
+    , m_listening(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
 {
-    if (tls) {
-        m_tls = std::make_shared<asio::ssl::context>(asio::ssl::context::tls_server);
-        // The server agrees to anything, so that it is the client that refuses.
-        SSL_CTX_set_security_level(m_tls->native_handle(), 0);
-        SSL_CTX_set_min_proto_version(m_tls->native_handle(), TLS1_VERSION);
-        if (tls->onlyTls11)
-            SSL_CTX_set_max_proto_version(m_tls->native_handle(), TLS1_1_VERSION);
-        m_tls->use_certificate_chain(asio::buffer(tls->identity.chainPem.toStdString()));
-        m_tls->use_private_key(asio::buffer(tls->identity.keyPem.toStdString()), asio::ssl::context::pem);
-    }
-    m_acceptor.open(asio::ip::tcp::v4());
-    m_acceptor.bind(loopback(0));
-    m_acceptor.listen();
-    m_port = m_acceptor.local_endpoint().port();
+    sockaddr_in address = loopback(0);
+    socklen_t size = sizeof address;
+    if (::bind(m_listening, reinterpret_cast<sockaddr *>(&address), size) != 0 || ::listen(m_listening, 128) != 0 ||
+        ::getsockname(m_listening, reinterpret_cast<sockaddr *>(&address), &size) != 0)
+        qFatal("no port");
+    m_port = ntohs(address.sin_port);
     m_thread = std::thread([this] { accept(); });
 }
 
 LocalServer::~LocalServer()
 {
-    m_ending = true;
-    ::shutdown(m_acceptor.native_handle(), SHUT_RDWR);
+    ::shutdown(m_listening, SHUT_RDWR);
     m_thread.join();
+    ::close(m_listening);
     {
         const std::lock_guard lock(m_mutex);
         for (const Connection &connection : m_connections) {
@@ -133,23 +167,21 @@ LocalServer::~LocalServer()
 
 void LocalServer::accept()
 {
-    while (!m_ending) {
-        error_code error;
-        TcpSocket socket = m_acceptor.accept(error);
-        if (error)
-            return;
+    for (int taken = -1; (taken = ::accept4(m_listening, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
         ++m_connectionCount;
         const std::lock_guard lock(m_mutex);
         Connection &connection = m_connections.emplace_back();
-        connection.descriptor = socket.native_handle();
-        connection.thread = std::thread([this, &connection, taken = std::move(socket)]() mutable {
-            std::optional<Peer> peer;
-            try {
-                peer.emplace(std::move(taken), m_tls);
+        connection.descriptor = taken;
+        connection.thread = std::thread([this, &connection, taken] {
+            // OpenSSL writes without saying that a client that has left is no reason to die.
+            sigset_t pipe;
+            sigemptyset(&pipe);
+            sigaddset(&pipe, SIGPIPE);
+            pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
+            auto peer = std::make_unique<Peer>(taken, m_tls.get());
+            if (peer->isOpen()) {
                 ++m_handshakeCount;
                 m_script(*peer);
-            } catch (const std::exception &) {
-                // The client has left, in the handshake as a rule. What that means is the test's business.
             }
             const std::lock_guard closing(m_mutex); // From here on the descriptor may be another's.
             connection.descriptor = -1;
@@ -166,11 +198,12 @@ LocalServer::Script connectProxy(quint16 port, std::function<void(const QByteArr
         peer.write(answer);
         if (!answer.startsWith("HTTP/1.1 200"))
             return;
-        asio::io_context loop;
-        TcpSocket server(loop);
-        server.connect(loopback(port));
-        std::thread back([&] { pump(server, peer.socket()); });
-        pump(peer.socket(), server);
+        const Peer server(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), nullptr);
+        const sockaddr_in address = loopback(port);
+        if (::connect(server.descriptor(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
+            return;
+        std::thread back([&] { pump(server.descriptor(), peer.descriptor()); });
+        pump(peer.descriptor(), server.descriptor());
         back.join();
     };
 }

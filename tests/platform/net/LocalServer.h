@@ -11,34 +11,33 @@
 #include <thread>
 
 #include "tests/platform/net/Certificates.h"
-#include <boost/asio/io_context.hpp>
-#include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/ssl/context.hpp>
-#include <boost/asio/ssl/stream.hpp>
+#include <openssl/types.h>
 
 namespace vynlex {
-
-using TcpSocket = boost::asio::ip::tcp::socket;
 
 /// The server's end of one connection. Blocking; at the end of the connection it reads nothing.
 class Peer {
 public:
-    Peer(TcpSocket socket, const std::shared_ptr<boost::asio::ssl::context> &tls);
+    /// Owns `descriptor`. With `tls` the handshake comes first.
+    Peer(int descriptor, SSL_CTX *tls);
+    ~Peer();
 
+    [[nodiscard]] bool isOpen() const { return m_open; } ///< The handshake has succeeded.
     /// Up to and with the empty line; empty when the connection ends before it.
     QByteArray readHead();
     QByteArray read(qsizetype size);
     void write(const QByteArray &bytes);
-    void reset(); ///< Ends the connection with an RST.
+    void resetAtEnd(); ///< The connection ends with an RST.
     void closeForSending();
 
-    TcpSocket &socket() { return m_socket; }
+    [[nodiscard]] int descriptor() const { return m_descriptor; }
 
 private:
     bool fill();
 
-    TcpSocket m_socket;
-    std::optional<boost::asio::ssl::stream<TcpSocket &>> m_tls;
+    const int m_descriptor;
+    std::unique_ptr<SSL, void (*)(SSL *)> m_tls;
+    bool m_open = true;
     QByteArray m_unread;
 };
 
@@ -68,14 +67,12 @@ private:
 
     void accept();
 
-    boost::asio::io_context m_loop;
-    boost::asio::ip::tcp::acceptor m_acceptor{m_loop};
-    std::shared_ptr<boost::asio::ssl::context> m_tls;
-    Script m_script;
+    const std::unique_ptr<SSL_CTX, void (*)(SSL_CTX *)> m_tls;
+    const Script m_script;
+    int m_listening = -1;
     quint16 m_port = 0;
     std::atomic<int> m_connectionCount = 0;
     std::atomic<int> m_handshakeCount = 0;
-    std::atomic<bool> m_ending = false;
     std::mutex m_mutex;
     std::list<Connection> m_connections;
     std::thread m_thread;

@@ -1,25 +1,39 @@
-#include <QtTest>
-
 #include <QNetworkProxy>
+#include <QTest>
+
+#include <atomic>
 
 #include "platform/dispatch/Guarded.h"
 #include "platform/net/BeastSocketWorker.h"
 #include "platform/net/CurlHttpTransport.h"
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Suite.h"
 #include "tests/platform/net/Frames.h"
 
 using namespace vynlex;
 
 namespace {
 
+const QString reached = QStringLiteral("403");
 /// Refuses everybody, WebSockets too: whoever hears of it trusted the server.
+const QByteArray answer = "HTTP/1.1 403 Reached\r\nContent-Length: 0\r\n\r\n";
+
 void serve(Peer &peer)
 {
     peer.readHead();
-    peer.write("HTTP/1.1 403 Reached\r\nContent-Length: 0\r\n\r\n");
+    peer.write(answer);
 }
 
-/// What became of an attempt, told alike by both adapters: "403" is the server's answer, else the name of the error.
+/// What became of an attempt, told alike by both adapters: "403" is the server's answer, else the kind and the words of
+/// the error.
+template<typename Error> QString told(const Error &error)
+{
+    const QString kind = error.kind == Error::Kind::Tls     ? QStringLiteral("Tls ")
+                         : error.kind == Error::Kind::Proxy ? QStringLiteral("Proxy ")
+                                                            : QString();
+    return kind + error.message;
+}
+
 QString overHttp(const QUrl &url)
 {
     CurlHttpTransport session;
@@ -28,13 +42,7 @@ QString overHttp(const QUrl &url)
     request.headers = {{"X-Token", "secret"}};
     QString result;
     session.send(request, [&](const tl::expected<HttpResponse, TransportError> &outcome) {
-        using Kind = TransportError::Kind;
-        if (outcome)
-            result = QString::number(outcome->status);
-        else if (outcome.error().kind == Kind::Tls)
-            result = QStringLiteral("Tls");
-        else
-            result = outcome.error().kind == Kind::Proxy ? QStringLiteral("Proxy") : outcome.error().message;
+        result = outcome ? QString::number(outcome->status) : told(outcome.error());
     });
     if (!eventually([&] { return !result.isEmpty(); }))
         qFatal("no outcome");
@@ -50,33 +58,30 @@ QString overWebSocket(QUrl url)
     worker.post([&] {
         client = worker.makeClient();
         client->connect({url, {{"X-Token", "secret"}}}, [&](const WebSocketEvent &event) {
-            using Kind = WebSocketError::Kind;
             const auto *failed = std::get_if<websocket::Error>(&event);
             if (!failed)
                 result.set(QStringLiteral("connected"));
-            else if (failed->error.kind == Kind::UpgradeRefused)
+            else if (failed->error.kind == WebSocketError::Kind::UpgradeRefused)
                 result.set(QString::number(failed->error.httpStatus));
-            else if (failed->error.kind == Kind::Tls)
-                result.set(QStringLiteral("Tls"));
             else
-                result.set(failed->error.kind == Kind::Proxy ? QStringLiteral("Proxy") : failed->error.message);
+                result.set(told(failed->error));
+            client.reset();
         });
     });
     if (!eventually([&] { return !result.copy().isEmpty(); }))
         qFatal("no outcome");
-    std::atomic<bool> gone = false;
-    worker.post([&] {
-        client.reset();
-        gone = true;
-    });
-    if (!eventually([&] { return gone.load(); }))
-        qFatal("the worker hangs");
     return result.copy();
 }
 
 QUrl urlOf(const QString &host, const LocalServer &server)
 {
     return QUrl(QStringLiteral("https://%1:%2/").arg(host).arg(server.port()));
+}
+
+void useProxy(quint16 port, const QString &user = {}, const QString &password = {})
+{
+    QNetworkProxy::setApplicationProxy(
+        QNetworkProxy(QNetworkProxy::HttpProxy, QStringLiteral("127.0.0.1"), port, user, password));
 }
 
 } // namespace
@@ -92,69 +97,68 @@ private slots:
 
     void onlyGoodCertificatesAreTrusted_data()
     {
-        QTest::addColumn<Identity>("identity");
+        QTest::addColumn<LocalServer::Tls>("server");
+        QTest::addColumn<QString>("host");
         QTest::addColumn<QString>("result");
-        const QString reached = QStringLiteral("403");
-        const QString refused = QStringLiteral("Tls");
-        const auto row = [&](const char *name, const CertificateWish &wish, const Identity *issuer,
-                             const QString &result) { QTest::newRow(name) << makeIdentity(wish, issuer) << result; };
-        row("good", {}, &m_root, reached);
-        row("wildcard for a whole top-level domain", {.alternativeNames = {"DNS:*.test"}}, &m_root, refused);
-        row("good RSA", {.rsaBits = 2048}, &m_root, reached);
-        row("expired", {.validFromDays = -30, .validToDays = -1}, &m_root, refused);
-        row("not yet valid", {.validFromDays = 1}, &m_root, refused);
-        row("another's name", {.alternativeNames = {"DNS:other.test"}}, &m_root, refused);
-        row("common name only", {.alternativeNames = {}}, &m_root, refused);
-        row("for clients", {.forServers = false}, &m_root, refused);
-        row("SHA-1", {.sha1 = true}, &m_root, refused);
-        row("weak key", {.rsaBits = 1024}, &m_root, refused);
-        row("signed by itself", {}, nullptr, refused);
+        const QString name = QStringLiteral("service.test");
+        const QString address = QStringLiteral("127.0.0.1");
+        const auto row = [&](const char *title, const CertificateWish &wish, const QString &result,
+                             const Identity *issuer, const QString &host) {
+            QTest::newRow(title) << LocalServer::Tls{makeIdentity(wish, issuer)} << host << result;
+        };
+        const auto named = [&](const char *title, const CertificateWish &wish, const QString &result) {
+            row(title, wish, result, &m_root, name);
+        };
+        const auto addressed = [&](const char *title, const CertificateWish &wish, const QString &result) {
+            row(title, wish, result, &m_root, address);
+        };
+        // In OpenSSL's words, so that a case is refused for its own fault.
+        named("good", {}, reached);
+        named("good RSA", {.rsaBits = 2048}, reached);
+        named("wildcard", {.alternativeNames = {"DNS:*.test"}}, "hostname mismatch"); // a whole top-level domain
+        named("expired", {.validFromDays = -30, .validToDays = -1}, "certificate has expired");
+        named("not yet valid", {.validFromDays = 1}, "certificate is not yet valid");
+        named("another's name", {.alternativeNames = {"DNS:other.test"}}, "hostname mismatch");
+        named("common name only", {.alternativeNames = {}}, "hostname mismatch");
+        named("for clients", {.forServers = false}, "certificate purpose");
+        named("SHA-1", {.sha1 = true}, "digest algorithm too weak");
+        named("weak key", {.rsaBits = 1024}, "key too weak");
+        addressed("the address", {.alternativeNames = {"IP:127.0.0.1"}}, reached);
+        addressed("another address", {.alternativeNames = {"IP:127.0.0.2"}}, "IP address mismatch");
+        addressed("address as a name", {.commonName = "127.0.0.1", .alternativeNames = {"DNS:127.0.0.1"}},
+                  "IP address mismatch");
+        row("signed by itself", {}, "self-signed certificate", nullptr, name);
         const Identity unknown = makeAuthority("Unknown root");
-        row("unknown root", {}, &unknown, refused);
+        row("unknown root", {}, "self-signed certificate in certificate chain", &unknown, name);
         const Identity between = makeAuthority("Between", &m_root);
-        row("with its intermediate", {}, &between, reached);
+        row("with its intermediate", {}, reached, &between, name);
         Identity lonely = makeIdentity({}, &between);
         lonely.chainPem = lonely.certificatePem;
-        QTest::newRow("without its intermediate") << lonely << refused;
+        QTest::newRow("without its intermediate")
+            << LocalServer::Tls{lonely} << name << "unable to get local issuer certificate";
+        QTest::newRow("TLS 1.1") << LocalServer::Tls{makeIdentity({}, &m_root), true} << name << "protocol version";
     }
     void onlyGoodCertificatesAreTrusted()
     {
-        QFETCH(Identity, identity);
+        QFETCH(LocalServer::Tls, server);
+        QFETCH(QString, host);
         QFETCH(QString, result);
-        const LocalServer server(serve, LocalServer::Tls{identity});
-        const LocalServer proxy(connectProxy(server.port(), [](const QByteArray &) {}));
-        QNetworkProxy::setApplicationProxy(
-            QNetworkProxy(QNetworkProxy::HttpProxy, QStringLiteral("127.0.0.1"), proxy.port()));
-        QCOMPARE(overHttp(urlOf(QStringLiteral("service.test"), server)), result);
-        QCOMPARE(overWebSocket(urlOf(QStringLiteral("service.test"), server)), result);
-    }
-
-    void anAddressNeedsItsOwnName_data()
-    {
-        QTest::addColumn<QByteArray>("alternativeName");
-        QTest::addColumn<QString>("result");
-        QTest::newRow("the address") << QByteArray("IP:127.0.0.1") << "403";
-        QTest::newRow("another") << QByteArray("IP:127.0.0.2") << "Tls";
-        QTest::newRow("as a name") << QByteArray("DNS:127.0.0.1") << "Tls";
-    }
-    void anAddressNeedsItsOwnName()
-    {
-        QFETCH(QByteArray, alternativeName);
-        QFETCH(QString, result);
-        CertificateWish wish;
-        wish.commonName = "127.0.0.1";
-        wish.alternativeNames = {alternativeName};
-        const LocalServer server(serve, LocalServer::Tls{makeIdentity(wish, &m_root)});
-        QCOMPARE(overHttp(urlOf(QStringLiteral("127.0.0.1"), server)), result);
-        QCOMPARE(overWebSocket(urlOf(QStringLiteral("127.0.0.1"), server)), result);
-    }
-
-    void oldTlsIsRefused()
-    {
-        const LocalServer server(serve, LocalServer::Tls{makeIdentity({}, &m_root), true});
-        QCOMPARE(overHttp(urlOf(QStringLiteral("127.0.0.1"), server)), "Tls");
-        QCOMPARE(overWebSocket(urlOf(QStringLiteral("127.0.0.1"), server)), "Tls");
-        QCOMPARE(server.handshakeCount(), 0);
+        std::atomic<int> requests = 0;
+        const LocalServer tls(
+            [&](Peer &peer) {
+                if (!peer.readHead().isEmpty())
+                    ++requests;
+                peer.write(answer);
+            },
+            server);
+        const LocalServer proxy(connectProxy(tls.port(), [](const QByteArray &) {}));
+        useProxy(proxy.port());
+        const QUrl url = urlOf(host, tls);
+        for (const QString &outcome : {overHttp(url), overWebSocket(url)}) {
+            QVERIFY2(outcome.startsWith(result == reached ? reached : QStringLiteral("Tls")), qPrintable(outcome));
+            QVERIFY2(outcome.contains(result), qPrintable(outcome));
+        }
+        QCOMPARE(requests.load(), result == reached ? 2 : 0);
     }
 
     void anAuthorityCountsFromTheNextConnectionOn()
@@ -162,11 +166,9 @@ private slots:
         const LocalServer server(serve, LocalServer::Tls{makeIdentity({}, &m_root)});
         const QUrl url = urlOf(QStringLiteral("127.0.0.1"), server);
         trustOnly({makeAuthority("Other root").certificatePem});
-        QCOMPARE(overHttp(url), "Tls");
-        QCOMPARE(overWebSocket(url), "Tls");
+        QVERIFY(overHttp(url).startsWith("Tls") && overWebSocket(url).startsWith("Tls"));
         trustOnly({m_root.certificatePem});
-        QCOMPARE(overHttp(url), "403");
-        QCOMPARE(overWebSocket(url), "403");
+        QVERIFY(overHttp(url) == reached && overWebSocket(url) == reached);
     }
 
     void theProxyIsAskedForATunnelAndToldNothingElse()
@@ -175,11 +177,9 @@ private slots:
         Guarded<QByteArrayList> heads;
         const LocalServer proxy(connectProxy(
             server.port(), [&](const QByteArray &head) { heads.with([&](QByteArrayList &all) { all << head; }); }));
-        QNetworkProxy::setApplicationProxy(QNetworkProxy(QNetworkProxy::HttpProxy, QStringLiteral("127.0.0.1"),
-                                                         proxy.port(), QStringLiteral("me"), QStringLiteral("word")));
+        useProxy(proxy.port(), QStringLiteral("me"), QStringLiteral("word"));
         const QUrl url = urlOf(QStringLiteral("service.test"), server);
-        QCOMPARE(overHttp(url), "403");
-        QCOMPARE(overWebSocket(url), "403");
+        QVERIFY(overHttp(url) == reached && overWebSocket(url) == reached);
         QCOMPARE(heads.copy().size(), 2);
         for (const QByteArray &head : heads.copy()) {
             QVERIFY(head.startsWith("CONNECT service.test:" + QByteArray::number(server.port()) + " HTTP/1.1\r\n"));
@@ -190,24 +190,24 @@ private slots:
 
     void aProxyThatRefusesOrIsGoneIsAProxyError_data()
     {
-        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<QByteArray>("refusal");
         QTest::newRow("wants a password") << QByteArray("HTTP/1.1 407 Authenticate\r\nContent-Length: 0\r\n\r\n");
         QTest::newRow("cannot") << QByteArray("HTTP/1.1 502 Bad\r\nContent-Length: 0\r\n\r\n");
         QTest::newRow("is gone") << QByteArray();
     }
     void aProxyThatRefusesOrIsGoneIsAProxyError()
     {
-        QFETCH(QByteArray, answer);
+        QFETCH(QByteArray, refusal);
         auto proxy = std::make_unique<LocalServer>(connectProxy(
-            1, [](const QByteArray &) {}, answer));
-        QNetworkProxy::setApplicationProxy(
-            QNetworkProxy(QNetworkProxy::HttpProxy, QStringLiteral("127.0.0.1"), proxy->port()));
-        if (answer.isEmpty())
+            1, [](const QByteArray &) {}, refusal));
+        useProxy(proxy->port());
+        if (refusal.isEmpty())
             proxy.reset();
-        QCOMPARE(overHttp(QUrl(QStringLiteral("https://service.test/"))), "Proxy");
-        QCOMPARE(overWebSocket(QUrl(QStringLiteral("https://service.test/"))), "Proxy");
+        const QUrl url(QStringLiteral("https://service.test/"));
+        QVERIFY(overHttp(url).startsWith("Proxy") && overWebSocket(url).startsWith("Proxy"));
     }
 };
 
-QTEST_GUILESS_MAIN(TestConnectionPolicy)
+static const InSuite<TestConnectionPolicy> inSuite;
+
 #include "tst_connection_policy.moc"
