@@ -10,6 +10,8 @@ if(VYNLEX_WARNINGS_AS_ERRORS)
     target_compile_options(vynlex_warnings INTERFACE -Werror)
 endif()
 
+include(VynlexPrecompiled)
+
 # vynlex_add_folder(<target> FOLDER <path below ROOT> [ROOT <folder of the project; "src" unless told, "." for the top>]
 #                   SOURCES <files> [PUBLIC <targets>] [PRIVATE <targets>])
 # Headers are included as "<FOLDER>/Name.h". The alias is vynlex::<target>.
@@ -29,12 +31,15 @@ function(vynlex_add_folder target)
     add_library(vynlex::${target} ALIAS ${target})
     target_include_directories(${target} PUBLIC ${root})
     target_link_libraries(${target} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} vynlex_warnings)
+    if(NOT ARG_FOLDER MATCHES "^sandbox/") # which knows no Qt
+        vynlex_precompile(${target} vynlex_precompiled_kit)
+    endif()
 endfunction()
 
-# vynlex_add_test(<name> SOURCES <files> LIBS <targets> [LABELS <labels>] [TIMEOUT <seconds>])
-# A Qt Test executable run by CTest, offscreen.
+# vynlex_add_test(<name> [GUI] SOURCES <files> LIBS <targets> [LABELS <labels>] [TIMEOUT <seconds>])
+# A Qt Test executable run by CTest, offscreen. GUI: it links QtGui, directly or not.
 function(vynlex_add_test name)
-    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
+    cmake_parse_arguments(ARG "GUI" "TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
     if(NOT ARG_TIMEOUT)
         # A hang ends before that: Qt Test gives a function 300 s, and patience is far less.
         set(ARG_TIMEOUT 600)
@@ -43,6 +48,11 @@ function(vynlex_add_test name)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}) # "tests/..."
     target_link_libraries(${name} PRIVATE ${ARG_LIBS} Qt6::Test vynlex_warnings)
     target_compile_definitions(${name} PRIVATE VYNLEX_FIXTURES="${PROJECT_SOURCE_DIR}/tests/fixtures")
+    if(ARG_GUI)
+        vynlex_precompile(${name} vynlex_precompiled_gui_tests)
+    else()
+        vynlex_precompile(${name} vynlex_precompiled_tests)
+    endif()
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES
         TIMEOUT ${ARG_TIMEOUT}
