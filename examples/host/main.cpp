@@ -96,14 +96,13 @@ int main(int argc, char **argv)
             return complain(started.error());
         sandbox = std::move(*started);
     }
-    VLApiManager::shared().translatedConfig =
-        sandbox ? host::SandboxProcess::configuration()
-                : VLTranslationConfig(options->speechKey, options->speechRegion, options->translatorKey);
-
     const QTemporaryDir settings;
     host::Room room(headless && !options->realTime ? host::Room::Speed::AsFastAsAccepted : host::Room::Speed::RealTime);
     Device device(room, settings.filePath(u"settings.ini"_s), headless);
     Platform::install(std::move(device.platform));
+    VLApiManager::shared().translatedConfig =
+        sandbox ? host::SandboxProcess::configuration()
+                : VLTranslationConfig(options->speechKey, options->speechRegion, options->translatorKey);
     KitFont::shared().setScale(options->fontScale);
 
     host::Stage stage(options->size);

@@ -8,6 +8,7 @@
 #include "api/VLAPIPath.h"
 #include "api/VLHTTPMethod.h"
 #include "tests/fakes/CapturedConsole.h"
+#include "tests/fakes/Suite.h"
 
 using namespace Qt::StringLiterals;
 using namespace vynlex;
@@ -252,5 +253,6 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestApiRecords)
+static const InSuite<TestApiRecords> inSuite;
+
 #include "tst_api_records.moc"

@@ -24,6 +24,9 @@ namespace vynlex {
 /// record. A record without any key has an empty tuple.
 template<typename Record> inline constexpr auto fields = nullptr;
 
+template<typename Record>
+concept JsonRecord = !std::is_same_v<decltype(fields<Record>), const std::nullptr_t>;
+
 enum class Leniency { Strict, Lenient };
 
 template<typename Record, typename Value, Leniency leniency> struct Field {
@@ -110,7 +113,7 @@ template<typename Record> bool readFields(const QJsonObject &object, Record &rec
 /// How a type stands in JSON. `read` gives false when `json` is not one, and may then have changed `value`. This is the
 /// reader of records; a record that a table cannot describe has a specialisation of its own.
 template<typename Value> struct Reader {
-    static_assert(!std::is_same_v<decltype(fields<Value>), const std::nullptr_t>, "the record has no table of fields");
+    static_assert(JsonRecord<Value>, "the record has no table of fields");
 
     static bool read(const QJsonValue &json, Value &record, Failure *failure)
     {
