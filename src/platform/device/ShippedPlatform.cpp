@@ -5,7 +5,7 @@
 #include "platform/dispatch/SystemClock.h"
 #include "platform/net/BeastSocketWorker.h"
 #include "platform/net/CurlHttpTransport.h"
-#include "platform/network/NetlinkReachabilitySource.h"
+#include "platform/network/DeviceReachabilitySource.h"
 #include "platform/speech/CloudSpeechService.h"
 #include "platform/storage/QSettingsUserDefaults.h"
 
@@ -24,7 +24,7 @@ Platform Platform::shipped()
     platform.makeAudioEngine = [] { return std::make_unique<QtAudioEngine>(); };
     platform.makeAudioPlayer = [] { return std::make_unique<QtAudioPlayer>(); };
     platform.audioSession = std::make_shared<QtAudioSession>();
-    platform.makeReachabilitySource = [] { return std::make_unique<NetlinkReachabilitySource>(); };
+    platform.makeReachabilitySource = [] { return std::make_unique<DeviceReachabilitySource>(); };
     // Through the current platform: a host that brings its own loudspeaker means speech above all.
     platform.speechService = std::make_shared<CloudSpeechService>(
         platform.socketWorker, [] { return Platform::current()->makeAudioPlayer(); });

@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <cstring>
 #include <functional>
+#include <optional>
 #include <tuple>
 #include <utility>
 
@@ -182,10 +183,13 @@ void addDefaultRoute(const QByteArray &payload, std::vector<DefaultRoute> &route
 {
     const auto [header, attributes] = split<rtmsg>(payload);
     const std::uint32_t table = attributes.number(RTA_TABLE, header.rtm_table);
-    if (header.rtm_dst_len != 0 || header.rtm_type != RTN_UNICAST || table == RT_TABLE_LOCAL ||
-        (header.rtm_flags & RTM_F_CLONED) != 0)
+    if (header.rtm_dst_len != 0 || table == RT_TABLE_LOCAL || (header.rtm_flags & RTM_F_CLONED) != 0)
         return;
     const DefaultRoute route{0, header.rtm_family, table == RT_TABLE_MAIN, attributes.number(RTA_PRIORITY, 0)};
+    if (header.rtm_type == RTN_UNREACHABLE || header.rtm_type == RTN_BLACKHOLE || header.rtm_type == RTN_PROHIBIT)
+        routes.push_back(route);
+    if (header.rtm_type != RTN_UNICAST)
+        return;
     const auto add = [&](int linkIndex, unsigned flags) {
         if (linkIndex > 0 && (flags & (RTNH_F_DEAD | RTNH_F_LINKDOWN)) == 0) {
             routes.push_back(route);
@@ -235,25 +239,29 @@ bool isCellular(const Link &link)
 
 ReachabilityFlags flagsOf(const KernelNetwork &network)
 {
+    const auto usableLink = [&](const DefaultRoute &route) -> const Link * {
+        const auto link = std::find_if(network.links.begin(), network.links.end(),
+                                       [&](const Link &l) { return l.index == route.linkIndex; });
+        const bool addressed =
+            std::any_of(network.addresses.begin(), network.addresses.end(), [&](const Address &address) {
+                return address.linkIndex == route.linkIndex && address.family == route.family;
+            });
+        const bool usable = link != network.links.end() && !link->loopback && link->running && addressed;
+        return usable ? &*link : nullptr;
+    };
     ReachabilityFlags flags = 0;
     bool cellular = true;
     for (const int family : {AF_INET, AF_INET6}) {
+        // The main table goes before others, whose rules are not looked at; then the lowest metric.
+        std::optional<std::tuple<bool, std::uint32_t>> bestRank;
         const Link *best = nullptr;
-        std::tuple<bool, std::uint32_t> bestRank;
         for (const DefaultRoute &route : network.defaultRoutes) {
-            const auto link = std::find_if(network.links.begin(), network.links.end(),
-                                           [&](const Link &l) { return l.index == route.linkIndex; });
-            const bool addressed =
-                std::any_of(network.addresses.begin(), network.addresses.end(), [&](const Address &address) {
-                    return address.linkIndex == route.linkIndex && address.family == family;
-                });
-            if (route.family != family || link == network.links.end() || link->loopback || !link->running || !addressed)
-                continue;
+            const Link *const link = usableLink(route);
             const std::tuple rank(!route.mainTable, route.metric);
-            if (!best || rank < bestRank) {
-                best = &*link;
-                bestRank = rank;
-            }
+            if (route.family != family || (!link && route.linkIndex != 0) || (bestRank && *bestRank <= rank))
+                continue;
+            bestRank = rank;
+            best = link;
         }
         if (best) {
             flags |= reachabilityFlag::reachable;

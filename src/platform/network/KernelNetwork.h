@@ -25,9 +25,9 @@ struct KernelNetwork {
         int linkIndex = 0;
         int family = 0; ///< AF_INET or AF_INET6
     };
-    /// A default route that leads somewhere. One with several next hops appears once for each.
+    /// One with several next hops appears once for each.
     struct DefaultRoute {
-        int linkIndex = 0;
+        int linkIndex = 0; ///< 0: it refuses what would go over it.
         int family = 0;
         bool mainTable = true;
         std::uint32_t metric = 0; ///< The lower, the better.
@@ -46,8 +46,9 @@ struct KernelNetwork {
 /// modem's from those of DSL and tunnels, and a wired line that passes for cellular is the worse mistake.
 bool isCellular(const KernelNetwork::Link &link);
 
-/// Reachable when a default route leads over a running link that has an address of the route's family; a private
-/// network without a way out is not reachable. Cellular only when the best such route of each family that has one is.
+/// Reachable when the best default route of a family that can be used (it leads over a running link with an address of
+/// that family, or refuses) does not refuse; a private network without a way out is not reachable. Cellular when every
+/// such route is.
 ReachabilityFlags flagsOf(const KernelNetwork &network);
 
 } // namespace vynlex

@@ -34,8 +34,8 @@ public:
     virtual ~ReachabilitySource() = default; ///< Stops.
 
     /// From now on `changed` runs whenever the flags may have changed, with those that hold then; it may be called with
-    /// the same flags again, and is not called for the flags that hold at the start. It runs on a thread of the
-    /// source's own, one call at a time, possibly before `start` has returned. At most once until the next `stop`.
+    /// the same flags again, and is not called for the flags that hold at the start. It runs on another
+    /// thread, one call at a time, possibly before `start` has returned. At most once until the next `stop`.
     virtual tl::expected<void, StartFailure> start(Changed changed) = 0;
 
     /// No call of `changed` begins after this has returned. One that is under way on another thread may still finish,
