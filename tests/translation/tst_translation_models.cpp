@@ -1,0 +1,422 @@
+#include <QTest>
+
+#include <atomic>
+#include <limits>
+#include <thread>
+
+#include "api/VLApiManager.h"
+#include "language/LanguageTranslation.h"
+#include "tests/fakes/CapturedConsole.h"
+#include "tests/fakes/Patience.h"
+#include "tests/fakes/Suite.h"
+#include "tests/fakes/TestPlatform.h"
+#include "translation/SpeachToTextViewModel.h"
+#include "translation/TextToSpeachViewModel.h"
+#include "translation/TextToTextViewModel.h"
+#include "translation/TranslationResponse.h"
+
+using namespace Qt::StringLiterals;
+using namespace vynlex;
+
+namespace {
+
+/// What each model is made with, new for each test.
+struct Surroundings {
+    TestPlatform platform;
+    VLApiManager api;
+    LanguageTranslation languages{platform.userDefaults};
+
+    Surroundings() { api.translatedConfig = VLTranslationConfig(u"speech-key"_s, u"centralindia"_s, u"text-key"_s); }
+};
+
+} // namespace
+
+class TestSpeachToText : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_around = std::make_unique<Surroundings>();
+        m_model = std::make_shared<SpeachToTextViewModel>(m_around->api, m_around->languages);
+        m_results.clear();
+    }
+
+    void aSentenceGoesFromTheMicrophoneToItsOwner()
+    {
+        start(true);
+        TRY_VERIFY(listens());
+        QCOMPARE(recognition().settingsAtStart(),
+                 (SpeechSettings{u"speech-key"_s, u"centralindia"_s, u"en-US"_s, {}, true}));
+        QCOMPARE(capture().tapFrames(), 2048);
+
+        // 2048 frames at 48 kHz are 42.7 ms: 682 frames of the service's rate, 16 bits each
+        QVERIFY(capture().hear(capture().silence()));
+        TRY_COMPARE(recognition().audio().size(), 682 * 2);
+
+        const CapturedConsole console;
+        recognition().deliverRecognized(u"Hello."_s, Ticks(12'345'678));
+        TRY_COMPARE(m_results, (QList<Result>{{u"Hello."_s, 12'345'678}}));
+        QCOMPARE(console.lines(), QStringList{u"Final recognition result: Hello."_s});
+
+        m_model->stopSpeechRecognition();
+        TRY_VERIFY(recognition().isInputClosed());
+        QVERIFY(!capture().isRunning());
+        QVERIFY(!capture().hasTap());
+    }
+
+    void theSideChoosesTheLanguageAndTheKeyIsThatOfTheBeginning()
+    {
+        m_around->languages.store(Side::Listener, LanguageOption::telugu);
+        m_around->api.translatedConfig = VLTranslationConfig(u"later"_s, u"westeurope"_s, u"text"_s);
+        start(false);
+        TRY_VERIFY(listens());
+        QCOMPARE(recognition().settingsAtStart()->recognitionLanguage, u"te-IN"_s);
+        QCOMPARE(recognition().settingsAtStart()->key, u"speech-key"_s);
+    }
+
+    void whatHasNoTextIsAnEmptyResultOrOnlyALine()
+    {
+        start(true);
+        TRY_VERIFY(listens());
+        const CapturedConsole console;
+        recognition().deliverRecognized(SpeechRecognitionResult{});
+        TRY_COMPARE(m_results, (QList<Result>{{QString(), 0}}));
+        recognition().deliverCanceled(
+            {CancellationReason::Error, CancellationErrorCode::NoError, u"Authentication error (401)"_s});
+        start(true);
+        TRY_VERIFY(m_around->platform.speechService->recognitionCount() == 2 && recognition().isStarted());
+        recognition().deliverCanceled({CancellationReason::Error, CancellationErrorCode::NoError, {}});
+        TRY_COMPARE(console.lines(), (QStringList{u"Final recognition result: (no result)"_s,
+                                                  u"Recognition canceled: Authentication error (401)"_s,
+                                                  u"Recognition canceled: (no result)"_s}));
+        QCOMPARE(m_results.size(), 1);
+    }
+
+    void aStopRightAfterAStartLeavesNoMicrophoneRunning()
+    {
+        for (int i = 0; i < 50; ++i) {
+            start(true);
+            m_model->stopSpeechRecognition();
+        }
+        start(false);
+        m_model->stopSpeechRecognition();
+        TRY_COMPARE(capture().stopCount(), 51);
+        QVERIFY(!capture().isRunning());
+        QVERIFY(!capture().hasTap());
+        QVERIFY(recognition().isInputClosed());
+    }
+
+    void startingAgainReplacesTheRecogniserAndTheTap()
+    {
+        start(true);
+        TRY_VERIFY(listens());
+        const FakeRecognition first = recognition();
+        start(false);
+        TRY_COMPARE(m_around->platform.speechService->recognitionCount(), 2);
+        TRY_COMPARE(capture().installTapCount(), 2);
+        QVERIFY(!first.isAlive());
+        QVERIFY(capture().removeTapCount() >= 2); // before each installation
+        TRY_VERIFY(capture().hear(capture().silence()));
+        TRY_VERIFY(!recognition().audio().isEmpty());
+    }
+
+    void aFailedStartIsSaidAndTheMicrophoneStartsRegardless()
+    {
+        const CapturedConsole console;
+        m_around->platform.speechService->failNextStart(u"no start"_s);
+        m_around->platform.audio->failNextEngineStart(u"no microphone"_s);
+        start(true);
+        TRY_COMPARE(console.lines(),
+                    (QStringList{u"Error starting continuous recognition: no start"_s, u"no microphone"_s}));
+    }
+
+    void withoutAMicrophoneRecognitionWaitsInSilence()
+    {
+        const CapturedConsole console;
+        m_around->platform.audio->setInputFormat({0, 1, AudioFormat::SampleType::Float32});
+        start(true);
+        TRY_VERIFY(m_around->platform.speechService->recognitionCount() == 1 && recognition().isStarted());
+        m_model->stopSpeechRecognition();
+        TRY_VERIFY(recognition().isInputClosed());
+        QCOMPARE(capture().installTapCount(), 0);
+        QVERIFY(console.lines().isEmpty());
+    }
+
+    void releasingTheModelStopsEverything()
+    {
+        start(true);
+        TRY_VERIFY(listens());
+        const FakeRecognition recognised = recognition();
+        const FakeCapture captured = capture();
+        m_model.reset();
+        TRY_VERIFY(!recognised.isAlive());
+        QVERIFY(!captured.isAlive());
+    }
+
+    void programmingErrorsEndTheProcess()
+    {
+        QVERIFY(!fatalErrorOf([this] { m_model->stopSpeechRecognition(); }).isNull()); // never started
+        const VLApiManager withoutKeys;
+        QVERIFY(!fatalErrorOf([&] {
+                     const auto model = std::make_shared<SpeachToTextViewModel>(withoutKeys, m_around->languages);
+                     model->startSpeechRecognition(true, {});
+                 }).isNull());
+        QVERIFY(!fatalErrorOf([] {
+                     static_cast<void>(wholeDuration(Ticks(std::numeric_limits<std::int64_t>::max())));
+                 }).isNull());
+        QCOMPARE(wholeDuration(Ticks(27'400'000)), 27'400'000);
+    }
+
+private:
+    using Result = std::pair<QString, qint64>;
+
+    void start(bool isSpeaker)
+    {
+        m_model->startSpeechRecognition(isSpeaker, [this](const QString &text, std::int64_t duration) {
+            QVERIFY(QThread::currentThread() == thread());
+            m_results.append({text, duration});
+        });
+    }
+    [[nodiscard]] FakeRecognition recognition() const { return m_around->platform.speechService->lastRecognition(); }
+    [[nodiscard]] FakeCapture capture() const { return m_around->platform.audio->lastCapture(); }
+    [[nodiscard]] bool listens() const { return m_around->platform.audio->captureCount() > 0 && capture().isRunning(); }
+
+    std::unique_ptr<Surroundings> m_around;
+    std::shared_ptr<SpeachToTextViewModel> m_model;
+    QList<Result> m_results;
+};
+
+class TestTextToText : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_around = std::make_unique<Surroundings>();
+        m_model = std::make_unique<TextToTextViewModel>(m_around->api);
+        m_outcomes.clear();
+    }
+
+    void theRequestIsWhatTheTranslatorExpects_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QByteArray>("body");
+        QTest::newRow("plain") << u"नमस्ते"_s << QByteArray(R"([{"Text":"नमस्ते"}])");
+        QTest::newRow("nothing is escaped") << u"a \"b\" \\ c"_s << QByteArray("[{\"Text\":\"a \"b\" \\ c\"}]");
+    }
+    void theRequestIsWhatTheTranslatorExpects()
+    {
+        QFETCH(const QString, text);
+        translate(text, u"te"_s);
+        m_around->api.translatedConfig.reset();
+        translate(text, u"te"_s);
+        const HttpRequest request = network().request(0);
+        QCOMPARE(request.method, QByteArray("POST"));
+        QCOMPARE(request.url.toString(QUrl::FullyEncoded),
+                 u"https://api.cognitive.microsofttranslator.com/translate?api-version=3.0&to=te"_s);
+        QCOMPARE(request.headers, (HttpHeaders{{"Ocp-Apim-Subscription-Key", "text-key"},
+                                               {"Content-Type", "application/json"},
+                                               {"Ocp-Apim-Subscription-Region", "centralindia"}}));
+        QTEST(request.body, "body");
+        QVERIFY(!request.timeout);
+        const HttpRequest withoutKeys = network().request(1);
+        QCOMPARE(withoutKeys.headers.at(0).second, QByteArray(""));
+        QCOMPARE(withoutKeys.headers.at(2).second, QByteArray(""));
+    }
+
+    void anAnswerIsATextAnErrorOrSilence_data()
+    {
+        QTest::addColumn<HttpResponse>("answer");
+        QTest::addColumn<QString>("told");
+        const auto row = [](const char *name, const QByteArray &body, const QString &told, int status = 200) {
+            QTest::newRow(name) << HttpResponse{status, {}, body} << told;
+        };
+        row("plain", R"([{"translations":[{"text":"नमस्ते","to":"hi"}]}])", u"नमस्ते"_s);
+        row("the first of all",
+            R"([{"detectedLanguage":{"language":"en","score":1},"x":0,"translations":[{"text":"a","to":"hi"},)"
+            R"({"text":"b","to":"te"}]},{"translations":[]}])",
+            u"a"_s);
+        row("empty", R"([{"translations":[{"text":"","to":"hi"}]}])", u""_s);
+        row("no element", "[]", silence);
+        row("no translations", R"([{"detectedLanguage":{"language":"en","score":1}}])", silence);
+        row("null translations", R"([{"translations":null}])", silence);
+        row("empty translations", R"([{"translations":[]}])", silence);
+        const QString error = u"DecodingErrorDomain "_s;
+        row("error body", R"({"error":{"code":401000,"message":"no"}})", error + u"$: expected an array"_s, 401);
+        row("mistyped text", R"([{"translations":[{"text":7,"to":"hi"}]}])",
+            error + u"$[0].translations[0].text: expected text"_s);
+        row("missing target", R"([{"translations":[{"text":"a"}]}])", error + u"$[0].translations[0].to: missing"_s);
+        row("missing score", R"([{"detectedLanguage":{"language":"en"},"translations":[{"text":"a","to":"hi"}]}])",
+            error + u"$[0].detectedLanguage.score: missing"_s);
+        row("nothing at all", "", error, 500);
+        row("no UTF-8", "\xff\xfe", error);
+        QTest::newRow("no data") << HttpResponse{200, {}, std::nullopt} << u"TranslationErrorDomain "_s;
+    }
+    void anAnswerIsATextAnErrorOrSilence()
+    {
+        QFETCH(const HttpResponse, answer);
+        QFETCH(const QString, told);
+        translate(u"x"_s, u"hi"_s);
+        translate(u"y"_s, u"hi"_s);
+        const CapturedConsole console;
+        network().answer(0, answer);
+        network().fail(1, {TransportError::Kind::HostNotFound, u"No such host."_s});
+        TRY_VERIFY(!m_outcomes.isEmpty() && m_outcomes.last().endsWith(u"No such host."_s));
+        QCOMPARE(m_outcomes.size(), told == silence ? 1 : 2);
+        if (told != silence) // The decoder's own words are not all ours.
+            QVERIFY2(m_outcomes[0] == told || (told.endsWith(u' ') && m_outcomes[0].startsWith(told)),
+                     qPrintable(m_outcomes[0]));
+        const QString printed = QString::fromUtf8(answer.body.value_or(""));
+        const bool isPrinted = answer.body && !printed.contains(QChar::ReplacementCharacter);
+        QCOMPARE(console.lines(), isPrinted ? QStringList{u"String data: "_s + printed} : QStringList());
+    }
+
+    void anAddressThatCannotBeFormedEndsTheProcess()
+    {
+        QVERIFY(!fatalErrorOf([this] { translate(u"x"_s, u"%zz"_s); }).isNull());
+    }
+
+    void recordsAreWrittenAsTheyWereRead()
+    {
+        const QByteArray json =
+            R"([{"detectedLanguage":{"language":"en","score":0.5},"translations":[{"text":"a","to":"hi"}]},{}])";
+        const auto records = decodeJson<std::vector<TranslationResponse>>(json);
+        QVERIFY(records);
+        QCOMPARE(encodeJson(*records), json);
+    }
+
+private:
+    void translate(const QString &text, const QString &to)
+    {
+        m_model->translateText(text, to, [this](const tl::expected<QString, TranslationError> &outcome) {
+            m_outcomes << (outcome ? *outcome : outcome.error().domain + u' ' + outcome.error().message);
+        });
+    }
+    [[nodiscard]] FakeHttpNetwork &network() const { return *m_around->platform.network; }
+
+    inline static const QString silence = u"(silence)"_s;
+    std::unique_ptr<Surroundings> m_around;
+    std::unique_ptr<TextToTextViewModel> m_model;
+    QStringList m_outcomes;
+};
+
+class TestTextToSpeach : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_around = std::make_unique<Surroundings>();
+        m_model = std::make_unique<TextToSpeachViewModel>(m_around->api, m_around->languages);
+        m_completed = 0;
+    }
+
+    void theVoiceIsThatOfTheSideUnlessOneIsNamed_data()
+    {
+        QTest::addColumn<bool>("isSpeaker");
+        QTest::addColumn<QString>("voiceName");
+        QTest::addColumn<QString>("spoken");
+        QTest::newRow("speaker") << true << QString() << "en-US-AriaNeural";
+        QTest::newRow("listener") << false << QString() << "hi-IN-SwaraNeural";
+        QTest::newRow("named") << true << "te-IN-ShrutiNeural"
+                               << "te-IN-ShrutiNeural";
+    }
+    void theVoiceIsThatOfTheSideUnlessOneIsNamed()
+    {
+        QFETCH(const bool, isSpeaker);
+        QFETCH(const QString, voiceName);
+        m_around->platform.speechService->setSpeaking(FakeSpeechService::Speaking::CompletesAtOnce);
+        const CapturedConsole console;
+        speak(u"Hello."_s, isSpeaker, voiceName);
+        const FakeUtterance utterance = m_around->platform.speechService->lastUtterance();
+        QCOMPARE(utterance.text(), u"Hello."_s);
+        QTEST(utterance.settings().voiceName, "spoken");
+        QCOMPARE(utterance.settings().key, u"speech-key"_s);
+        QCOMPARE(m_around->platform.audio->setCategoryCount(), 1);
+        QVERIFY(m_around->platform.audio->isSessionActive());
+        QCOMPARE(m_completed.load(), 1);
+        QCOMPARE(console.lines(), QStringList{u"completedSynthesizer"_s});
+    }
+
+    void anEmptyTextPreparesEverythingAndSpeaksNothing()
+    {
+        speak({});
+        QCOMPARE(m_around->platform.audio->setActiveCount(), 1);
+        QCOMPARE(m_around->platform.speechService->synthesizerCount(), 1);
+        QCOMPARE(m_around->platform.speechService->utteranceCount(), 0);
+        QCOMPARE(m_completed.load(), 0);
+    }
+
+    void everyFailureIsItsLineAndNothingElse()
+    {
+        FakeSpeechService &service = *m_around->platform.speechService;
+        const CapturedConsole console;
+        service.failNextSynthesizer(u"no loudspeaker"_s);
+        speak(u"a"_s);
+        service.failNextSpeakText(u"taken away"_s);
+        speak(u"a"_s);
+        service.cancelNextSpeakText(
+            {CancellationReason::Error, CancellationErrorCode::AuthenticationFailure, u"wrong key"_s});
+        speak(u"a"_s);
+        m_around->platform.audio->failNextSetCategory(u"busy"_s);
+        speak({});
+        m_around->platform.audio->failNextSetActive(u"in a call"_s);
+        speak({});
+        QCOMPARE(console.lines(), (QStringList{u"Error creating speech synthesizer: no loudspeaker"_s,
+                                               u"Error during speech synthesis: taken away"_s,
+                                               u"Speech synthesis cancelled, detail: wrong key "_s,
+                                               u"Error setting audio session category: busy"_s,
+                                               u"Error setting audio session category: in a call"_s}));
+        QCOMPARE(m_completed.load(), 0);
+    }
+
+    void withoutKeysNoConfigurationCanBeMade()
+    {
+        const VLApiManager withoutKeys;
+        TextToSpeachViewModel model(withoutKeys, m_around->languages);
+        const CapturedConsole console;
+        model.speakText(u"a"_s, true, {}, [] {});
+        QCOMPARE(console.lines().size(), 1);
+        QVERIFY(console.lines().front().startsWith(u"Error creating speech configuration: "_s));
+    }
+
+    void stoppingReleasesTheSpeakingThread()
+    {
+        m_model->stopSpeaking(); // nothing is spoken: fine
+        const CapturedConsole console;
+        std::thread speaking([this] { m_model->speakText(u"a long text"_s, true, {}, [] {}); });
+        TRY_VERIFY(m_around->platform.speechService->utteranceCount() == 1 &&
+                   m_around->platform.speechService->lastUtterance().isSpeaking());
+        m_around->platform.speechService->failNextStopSpeaking(u"not now"_s);
+        m_model->stopSpeaking();
+        m_model->stopSpeaking();
+        speaking.join();
+        QVERIFY(m_around->platform.speechService->lastUtterance().wasStopped());
+        QCOMPARE(console.lines(), (QStringList{u"Error creating speech synthesizer: not now"_s,
+                                               u"Speech synthesis cancelled, detail:  "_s}));
+    }
+
+private:
+    /// As the screens do it: on a thread that may be blocked.
+    void speak(const QString &text, bool isSpeaker = true, const QString &voiceName = {})
+    {
+        std::thread([&] { m_model->speakText(text, isSpeaker, voiceName, [this] { ++m_completed; }); }).join();
+    }
+
+    std::unique_ptr<Surroundings> m_around;
+    std::unique_ptr<TextToSpeachViewModel> m_model;
+    std::atomic<int> m_completed = 0;
+};
+
+static const InSuite<TestSpeachToText> speachToText;
+static const InSuite<TestTextToText> textToText;
+static const InSuite<TestTextToSpeach> textToSpeach;
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    return runSuite(argc, argv);
+}
+
+#include "tst_translation_models.moc"
