@@ -1,10 +1,11 @@
-#include <QUrlQuery>
-#include <QtTest>
+#include <QRegularExpression>
+#include <QTest>
 
 #include <random>
 
 #include "platform/speech/CloudSpeechService.h"
 #include "tests/fakes/FakeSocketWorker.h"
+#include "tests/fakes/Suite.h"
 #include "tests/platform/speech/WireMessage.h"
 
 using namespace std::chrono_literals;
@@ -15,6 +16,7 @@ namespace {
 
 constexpr auto key = "0123456789abcdef0123456789abcdef";
 constexpr qint64 second = 16'000; // samples
+const QString inactivity = "Due to service inactivity, the client buffer exceeded maximum size. Resetting the buffer.";
 
 /// Sample `i` of the signal that every test sends. It does not repeat within minutes.
 QByteArray signal(qint64 from, qint64 count)
@@ -478,25 +480,22 @@ private slots:
         QTest::addColumn<QByteArray>("body");
         QTest::addColumn<int>("results"); // how many
         QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("error"); // -1 for none
+        QTest::addColumn<Code>("error");
         const QString internal = "The speech service encountered an internal error and could not continue.";
-        const auto row = [](const char *name, const QByteArray &body, int results, const QString &text, int error) {
-            QTest::newRow(name) << body << results << text << error;
-        };
-        row("success", R"({"RecognitionStatus":"Success","DisplayText":"Hi.","Offset":1,"Duration":2})", 1, "Hi.", -1);
-        row("empty text", R"({"RecognitionStatus":"Success","DisplayText":""})", 1, "", -1);
-        row("detailed", R"({"RecognitionStatus":"Success","NBest":[{"Display":"Hi."}]})", 1, "Hi.", -1);
-        row("no match", R"({"RecognitionStatus":"NoMatch","DisplayText":"x"})", 1, "", -1);
-        row("silence", R"({"RecognitionStatus":"InitialSilenceTimeout"})", 1, "", -1);
-        row("babble", R"({"RecognitionStatus":3})", 1, "", -1);
-        row("end of dictation", R"({"RecognitionStatus":"EndOfDictation"})", 0, "", -1);
-        row("end of dictation, number", R"({"RecognitionStatus":5,"DisplayText":""})", 0, "", -1);
-        row("huge times", R"({"RecognitionStatus":"Success","Offset":9223372036854775807,"Duration":1e300})", 1, "",
-            -1);
-        row("negative times", R"({"RecognitionStatus":"Success","Offset":-5,"Duration":-9223372036854775808})", 1, "",
-            -1);
-        row("mistyped", R"({"RecognitionStatus":"Success","Offset":"x","Duration":{},"DisplayText":[1]})", 1, "", -1);
-        const int serviceError = static_cast<int>(Code::ServiceError);
+        const auto row = [](const char *name, const QByteArray &body, int results, const QString &text,
+                            Code error = Code::NoError) { QTest::newRow(name) << body << results << text << error; };
+        row("success", R"({"RecognitionStatus":"Success","DisplayText":"Hi.","Offset":1,"Duration":2})", 1, "Hi.");
+        row("empty text", R"({"RecognitionStatus":"Success","DisplayText":""})", 1, "");
+        row("detailed", R"({"RecognitionStatus":"Success","NBest":[{"Display":"Hi."}]})", 1, "Hi.");
+        row("no match", R"({"RecognitionStatus":"NoMatch","DisplayText":"x"})", 1, "");
+        row("silence", R"({"RecognitionStatus":"InitialSilenceTimeout"})", 1, "");
+        row("babble", R"({"RecognitionStatus":3})", 1, "");
+        row("end of dictation", R"({"RecognitionStatus":"EndOfDictation"})", 0, "");
+        row("end of dictation, number", R"({"RecognitionStatus":5,"DisplayText":""})", 0, "");
+        row("huge times", R"({"RecognitionStatus":"Success","Offset":9223372036854775807,"Duration":1e300})", 1, "");
+        row("negative times", R"({"RecognitionStatus":"Success","Offset":-5,"Duration":-9223372036854775808})", 1, "");
+        row("mistyped", R"({"RecognitionStatus":"Success","Offset":"x","Duration":{},"DisplayText":[1]})", 1, "");
+        const Code serviceError = Code::ServiceError;
         row("error", R"({"RecognitionStatus":"Error"})", 0, internal, serviceError);
         row("unknown word", R"({"RecognitionStatus":"Tired"})", 0, internal, serviceError);
         row("unknown number", R"({"RecognitionStatus":-1e99})", 0, internal, serviceError);
@@ -507,18 +506,18 @@ private slots:
         row("deep", QByteArray(5000, '[') + QByteArray(5000, ']'), 0, internal, serviceError);
         row("too many", R"({"RecognitionStatus":"TooManyRequests"})", 0,
             "The number of parallel requests exceeded the number of allowed concurrent transcriptions.",
-            static_cast<int>(Code::TooManyRequests));
+            Code::TooManyRequests);
         row("bad request", R"({"RecognitionStatus":7})", 0,
-            "Invalid parameter or unsupported audio format in the request.", static_cast<int>(Code::BadRequest));
+            "Invalid parameter or unsupported audio format in the request.", Code::BadRequest);
         row("forbidden", R"({"RecognitionStatus":"Forbidden"})", 0,
-            "The recognizer is using a free subscription that ran out of quota.", static_cast<int>(Code::Forbidden));
+            "The recognizer is using a free subscription that ran out of quota.", Code::Forbidden);
     }
     void aPhraseBecomesAResultOrTheEnd()
     {
         QFETCH(QByteArray, body);
         QFETCH(int, results);
         QFETCH(QString, text);
-        QFETCH(int, error);
+        QFETCH(Code, error);
         World world;
         world.startConnected();
         world.write(1000);
@@ -530,11 +529,11 @@ private slots:
                      body.contains("Success") ? ResultReason::RecognizedSpeech : ResultReason::NoMatch);
             QVERIFY(world.results[0].offset >= Ticks::zero() && world.results[0].duration >= Ticks::zero());
         }
-        if (error < 0) {
+        if (error == Code::NoError) {
             QVERIFY(world.cancellations.empty());
             return;
         }
-        compareCancellation(world, static_cast<Code>(error), text);
+        compareCancellation(world, error, text);
         QCOMPARE(world.link().closing()->code, 1000);
         world.say("speech.phrase", R"({"RecognitionStatus":"Success","DisplayText":"late"})");
         QVERIFY(world.results.empty());
@@ -545,11 +544,11 @@ private slots:
         QTest::addColumn<WebSocketEvent>("event");
         QTest::addColumn<bool>("established");
         QTest::addColumn<int>("connections");
-        QTest::addColumn<int>("code");
+        QTest::addColumn<Code>("code");
         QTest::addColumn<QString>("text");
         const auto row = [](const char *name, const WebSocketEvent &event, bool established, int connections, Code code,
                             const QString &text) {
-            QTest::newRow(name) << event << established << connections << static_cast<int>(code) << text;
+            QTest::newRow(name) << event << established << connections << code << text;
         };
         using Kind = WebSocketError::Kind;
         const QString authentication = "WebSocket upgrade failed: Authentication error (%1). Please check subscription "
@@ -598,7 +597,7 @@ private slots:
         QFETCH(WebSocketEvent, event);
         QFETCH(bool, established);
         QFETCH(int, connections);
-        QFETCH(int, code);
+        QFETCH(Code, code);
         QFETCH(QString, text);
         World world;
         world.start();
@@ -611,7 +610,7 @@ private slots:
             world.worker->advance(5s);
         }
         QCOMPARE(static_cast<int>(world.connections()), connections);
-        compareCancellation(world, static_cast<Code>(code), text.replace("{id}", world.sessionId()));
+        compareCancellation(world, code, text.replace("{id}", world.sessionId()));
         world.worker->advance(1h);
         QCOMPARE(static_cast<int>(world.connections()), connections);
     }
@@ -644,9 +643,7 @@ private slots:
         QTest::addColumn<bool>("audioEnds");
         QTest::addColumn<int>("limitSeconds");
         QTest::addColumn<QString>("text");
-        QTest::newRow("no turn.start")
-            << false << 10
-            << "Due to service inactivity, the client buffer exceeded maximum size. Resetting the buffer.";
+        QTest::newRow("no turn.start") << false << 10 << inactivity;
         QTest::newRow("no turn.end") << true << 20 << "Timeout while waiting for service to stop";
     }
     void aSilentServiceIsGivenUp()
@@ -687,9 +684,7 @@ private slots:
         QVERIFY(world.cancellations.empty());
         world.write(second / 10);
         world.worker->advance(1s);
-        compareCancellation(
-            world, Code::ServiceTimeout,
-            "Due to service inactivity, the client buffer exceeded maximum size. Resetting the buffer.");
+        compareCancellation(world, Code::ServiceTimeout, inactivity);
         world.write(second); // The microphone knows nothing of it.
         QCOMPARE(world.cancellations.size(), 1U);
     }
@@ -724,9 +719,7 @@ private slots:
         }
         QCOMPARE(turns, 7U);
         QVERIFY(world.worker->now() - begun >= 7850ms);
-        compareCancellation(
-            world, Code::ServiceTimeout,
-            "Due to service inactivity, the client buffer exceeded maximum size. Resetting the buffer.");
+        compareCancellation(world, Code::ServiceTimeout, inactivity);
     }
 
     void longSilenceIsNotALoop()
@@ -807,15 +800,6 @@ private slots:
         QVERIFY(!world.cancellations.at(0).errorDetails.contains("X-Evil"));
     }
 
-    void aSecondStartFails()
-    {
-        World world;
-        world.start();
-        QVERIFY(!world.recognizer->startContinuousRecognition());
-        world.worker->run();
-        QCOMPARE(world.connections(), 1U);
-    }
-
     void noHandlerRunsAfterTheRecogniserIsGone()
     {
         World world;
@@ -831,31 +815,8 @@ private slots:
         world.write(1000);
         QVERIFY(world.cancellations.empty());
     }
-
-    void aRecogniserMayBeDestroyedInItsOwnHandler_data()
-    {
-        QTest::addColumn<QByteArray>("status");
-        QTest::newRow("recognized") << QByteArray("Success");
-        QTest::newRow("canceled") << QByteArray("Error");
-    }
-    void aRecogniserMayBeDestroyedInItsOwnHandler()
-    {
-        QFETCH(QByteArray, status);
-        World world;
-        int calls = 0;
-        const auto destroy = [&calls, &world, own = std::make_shared<int>(7)](const auto &) {
-            world.recognizer.reset();
-            calls += *own; // What the handler holds lives until it returns.
-        };
-        world.recognizer->recognized = destroy;
-        world.recognizer->canceled = destroy;
-        world.startConnected();
-        world.speak(1s);
-        world.phrase(status, 0, 1000);
-        QCOMPARE(calls, 7);
-        QVERIFY(!world.link().isAlive());
-    }
 };
 
-QTEST_GUILESS_MAIN(TestRecognition)
+static const InSuite<TestRecognition> inSuite;
+
 #include "tst_recognition.moc"

@@ -1,4 +1,4 @@
-#include <QtTest>
+#include <QTest>
 
 #include <atomic>
 #include <functional>
@@ -11,6 +11,7 @@
 #include "tests/fakes/FakeSocketWorker.h"
 #include "tests/fakes/FakeSpeechService.h"
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Suite.h"
 #include "tests/platform/speech/WireMessage.h"
 
 using namespace std::chrono_literals;
@@ -169,15 +170,9 @@ SpeechConfig config()
 class TestSpeechService : public QObject {
     Q_OBJECT
 
-    void services()
-    {
-        QTest::addColumn<bool>("fake");
-        QTest::newRow("fake") << true;
-        QTest::newRow("cloud") << false;
-    }
     std::unique_ptr<ServiceUnderTest> makeService()
     {
-        QFETCH(bool, fake);
+        QFETCH_GLOBAL(bool, fake);
         if (fake)
             return std::make_unique<Fake>();
         return std::make_unique<Cloud>();
@@ -192,7 +187,13 @@ class TestSpeechService : public QObject {
     }
 
 private slots:
-    void resultsArriveInOrderOnTheServicesThreadAndTheEndComesOnce_data() { services(); }
+    void initTestCase_data()
+    {
+        QTest::addColumn<bool>("fake");
+        QTest::newRow("fake") << true;
+        QTest::newRow("cloud") << false;
+    }
+
     void resultsArriveInOrderOnTheServicesThreadAndTheEndComesOnce()
     {
         const auto under = makeService();
@@ -222,7 +223,6 @@ private slots:
         QVERIFY(!onTestsThread);
     }
 
-    void aRefusalIsOneCancellation_data() { services(); }
     void aRefusalIsOneCancellation()
     {
         const auto under = makeService();
@@ -240,7 +240,6 @@ private slots:
         stream.close();
     }
 
-    void noHandlerRunsOnceTheDestructorHasReturned_data() { services(); }
     void noHandlerRunsOnceTheDestructorHasReturned()
     {
         const auto under = makeService();
@@ -272,25 +271,30 @@ private slots:
         }
     }
 
-    void aRecogniserMayEndInItsOwnHandler_data() { services(); }
     void aRecogniserMayEndInItsOwnHandler()
     {
         const auto under = makeService();
-        auto stream = PushAudioInputStream::create();
-        auto recognizer = under->service().makeRecognizer(config(), AudioConfig::fromStreamInput(stream)).value();
-        std::atomic<int> calls = 0;
-        recognizer->recognized = [&, own = std::make_shared<int>(1)](const auto &) {
-            recognizer.reset();
-            calls += *own;
-        };
-        stream.write(QByteArray(3200, 'a'));
-        QVERIFY(recognizer->startContinuousRecognition());
-        TRY_VERIFY(under->isListening());
-        under->recognise("one");
-        TRY_COMPARE(calls.load(), 1);
+        for (const bool refused : {false, true}) {
+            auto stream = PushAudioInputStream::create();
+            auto recognizer = under->service().makeRecognizer(config(), AudioConfig::fromStreamInput(stream)).value();
+            std::atomic<int> calls = 0;
+            const auto destroy = [&, own = std::make_shared<int>(1)](const auto &) {
+                recognizer.reset();
+                calls += *own; // What the handler holds lives until it returns.
+            };
+            recognizer->recognized = destroy;
+            recognizer->canceled = destroy;
+            stream.write(QByteArray(3200, 'a'));
+            QVERIFY(recognizer->startContinuousRecognition());
+            TRY_VERIFY(under->isListening());
+            if (refused)
+                under->refuse();
+            else
+                under->recognise("one");
+            TRY_COMPARE(calls.load(), 1);
+        }
     }
 
-    void speakingReturnsAfterItsHandlerHasRun_data() { services(); }
     void speakingReturnsAfterItsHandlerHasRun()
     {
         const auto under = makeService();
@@ -306,7 +310,6 @@ private slots:
         QVERIFY(result->audioDuration > Ticks::zero());
     }
 
-    void aRefusedTextIsACancelledResult_data() { services(); }
     void aRefusedTextIsACancelledResult()
     {
         const auto under = makeService();
@@ -322,7 +325,6 @@ private slots:
         QCOMPARE(completed.load(), 0);
     }
 
-    void stoppingReleasesTheCall_data() { services(); }
     void stoppingReleasesTheCall()
     {
         const auto under = makeService();
@@ -335,7 +337,6 @@ private slots:
         QCOMPARE(result->cancellation.reason, CancellationReason::CancelledByUser);
     }
 
-    void endsFromSeveralThreadsMeetInOneOutcome_data() { services(); }
     void endsFromSeveralThreadsMeetInOneOutcome()
     {
         const auto under = makeService();
@@ -358,5 +359,6 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestSpeechService)
+static const InSuite<TestSpeechService> inSuite;
+
 #include "tst_speech_service.moc"

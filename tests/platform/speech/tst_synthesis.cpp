@@ -1,4 +1,4 @@
-#include <QtTest>
+#include <QTest>
 
 #include <future>
 #include <thread>
@@ -6,6 +6,7 @@
 #include "platform/speech/CloudSpeechService.h"
 #include "tests/fakes/FakeAudio.h"
 #include "tests/fakes/FakeSocketWorker.h"
+#include "tests/fakes/Suite.h"
 #include "tests/platform/speech/WireMessage.h"
 
 using namespace std::chrono_literals;
@@ -58,6 +59,25 @@ struct World {
     {
         begin(text);
         deliver(websocket::Connected{});
+    }
+
+    enum Progress { Connecting, Connected, TurnStarted, SomeSound, AllSound };
+    /// Lets `pause` pass before each step after the connection.
+    void beginUntil(Progress progress, std::chrono::milliseconds pause = 0ms)
+    {
+        begin();
+        if (progress >= Connected)
+            deliver(websocket::Connected{});
+        if (progress >= TurnStarted) {
+            worker->advance(pause);
+            say("turn.start");
+        }
+        if (progress >= SomeSound) {
+            worker->advance(pause);
+            send(QByteArray(480, 'a'));
+        }
+        if (progress >= AllSound)
+            say("turn.end");
     }
 
     FakeSocket link() const { return worker->lastSocket(); }
@@ -156,58 +176,52 @@ private slots:
     void aFailureCancelsWithTheServicesWords_data()
     {
         QTest::addColumn<WebSocketEvent>("event");
-        QTest::addColumn<int>("progress"); // 0 connecting, 1 connected, 2 turn started, 3 some sound
-        QTest::addColumn<int>("code");
+        QTest::addColumn<World::Progress>("progress");
+        QTest::addColumn<Code>("code");
         QTest::addColumn<QString>("text");
-        const auto row = [](const char *name, const WebSocketEvent &event, int progress, Code code,
-                            const QString &text) {
-            QTest::newRow(name) << event << progress << static_cast<int>(code) << text;
-        };
+        const auto row = [](const char *name, const WebSocketEvent &event, World::Progress progress, Code code,
+                            const QString &text) { QTest::newRow(name) << event << progress << code << text; };
         using Kind = WebSocketError::Kind;
-        row("wrong key", failed(Kind::UpgradeRefused, 401), 0, Code::AuthenticationFailure,
+        row("wrong key", failed(Kind::UpgradeRefused, 401), World::Connecting, Code::AuthenticationFailure,
             "WebSocket upgrade failed: Authentication error (401). Please check subscription information and region "
             "name. USP state: Sending. Received audio size: 0 bytes.");
-        row("too many", failed(Kind::UpgradeRefused, 429), 0, Code::TooManyRequests,
+        row("too many", failed(Kind::UpgradeRefused, 429), World::Connecting, Code::TooManyRequests,
             "WebSocket upgrade failed: Unspecified connection error (429). USP state: Sending. Received audio size: 0 "
             "bytes.");
         const QString none = "Connection failed (no connection to the remote host). Internal error: 1. Error details: "
                              "Failed with error: WS_OPEN_ERROR_UNDERLYING_IO_OPEN_FAILED\n"
                              "wss://westeurope.tts.speech.microsoft.com/cognitiveservices/websocket/v1\n"
                              "X-ConnectionId: {id} USP state: Sending. Received audio size: 0 bytes.";
-        row("no host", failed(Kind::HostNotFound), 0, Code::ConnectionFailure, none);
-        row("no upgrade", failed(Kind::Timeout), 0, Code::ServiceTimeout, none);
+        row("no host", failed(Kind::HostNotFound), World::Connecting, Code::ConnectionFailure, none);
+        row("no upgrade", failed(Kind::Timeout), World::Connecting, Code::ServiceTimeout, none);
         const QString closed = "Connection was closed by the remote host. Error code: ";
-        row("unknown voice", websocket::Disconnected{"Unsupported voice de-DE-KatjaNeural.", 1007}, 2, Code::BadRequest,
+        row("unknown voice", websocket::Disconnected{"Unsupported voice de-DE-KatjaNeural.", 1007}, World::TurnStarted,
+            Code::BadRequest,
             closed + "1007. Error details: Unsupported voice de-DE-KatjaNeural. USP state: TurnStarted. Received audio "
                      "size: 0 bytes.");
-        row("closed as if done", websocket::Disconnected{"", 1000}, 3, Code::ConnectionFailure,
+        row("closed as if done", websocket::Disconnected{"", 1000}, World::SomeSound, Code::ConnectionFailure,
             closed + "1000. Error details:  USP state: ReceivingData. Received audio size: 480 bytes.");
-        row("key echoed", websocket::Disconnected{QString("bad ") + key, 1011}, 1, Code::ConnectionFailure,
+        row("key echoed", websocket::Disconnected{QString("bad ") + key, 1011}, World::Connected,
+            Code::ConnectionFailure,
             closed + "1011. Error details: bad *** USP state: Sending. Received audio size: 0 bytes.");
-        row("lost", websocket::PeerClosed{}, 3, Code::ConnectionFailure,
+        row("lost", websocket::PeerClosed{}, World::SomeSound, Code::ConnectionFailure,
             "WebSocket operation failed. Internal error: 3. Error details: WS_ERROR_UNDERLYING_IO_ERROR USP state: "
             "ReceivingData. Received audio size: 480 bytes.");
     }
     void aFailureCancelsWithTheServicesWords()
     {
         QFETCH(WebSocketEvent, event);
-        QFETCH(int, progress);
-        QFETCH(int, code);
+        QFETCH(World::Progress, progress);
+        QFETCH(Code, code);
         QFETCH(QString, text);
         World world;
-        world.begin();
-        if (progress > 0)
-            world.deliver(websocket::Connected{});
-        if (progress > 1)
-            world.say("turn.start");
-        if (progress > 2)
-            world.send(QByteArray(480, 'a'));
+        world.beginUntil(progress);
         world.deliver(event);
         const Outcome outcome = world.result();
         QVERIFY(outcome);
         QCOMPARE(outcome->reason, ResultReason::Canceled);
         QCOMPARE(outcome->cancellation.reason, CancellationReason::Error);
-        QCOMPARE(outcome->cancellation.errorCode, static_cast<Code>(code));
+        QCOMPARE(outcome->cancellation.errorCode, code);
         QCOMPARE(outcome->cancellation.errorDetails,
                  text.replace("{id}", QString::fromLatin1(world.link().request().headers[1].second)));
         QVERIFY(world.sound().wasStopped());
@@ -218,30 +232,23 @@ private slots:
 
     void aSilentServiceIsGivenUp_data()
     {
-        QTest::addColumn<int>("progress"); // 0 connected, 1 turn started, 2 some sound
+        QTest::addColumn<World::Progress>("progress");
         QTest::addColumn<QString>("text");
         const QString first =
             "USP error: timeout waiting for the first audio chunk USP state: %1. Received audio size: "
             "0 bytes.";
-        QTest::newRow("no turn.start") << 0 << first.arg("Sending");
-        QTest::newRow("no sound") << 1 << first.arg("TurnStarted");
+        QTest::newRow("no turn.start") << World::Connected << first.arg("Sending");
+        QTest::newRow("no sound") << World::TurnStarted << first.arg("TurnStarted");
         QTest::newRow("no more sound, no turn.end")
-            << 2 << "Timeout while synthesizing. USP state: ReceivingData. Received audio size: 480 bytes.";
+            << World::SomeSound
+            << "Timeout while synthesizing. USP state: ReceivingData. Received audio size: 480 bytes.";
     }
     void aSilentServiceIsGivenUp()
     {
-        QFETCH(int, progress);
+        QFETCH(World::Progress, progress);
         QFETCH(QString, text);
         World world;
-        world.beginConnected();
-        if (progress > 0) {
-            world.worker->advance(9s);
-            world.say("turn.start");
-        }
-        if (progress > 1) {
-            world.worker->advance(9s);
-            world.send(QByteArray(480, 'a'));
-        }
+        world.beginUntil(progress, 9s);
         world.worker->advance(9'999ms);
         QVERIFY(!world.isOver());
         world.worker->advance(1ms);
@@ -272,27 +279,20 @@ private slots:
 
     void stoppingEndsTheSoundAndDropsWhatComesLater_data()
     {
-        QTest::addColumn<int>("progress"); // 0 connecting, 1 connected, 2 some sound, 3 all sound
-        QTest::newRow("connecting") << 0;
-        QTest::newRow("waiting") << 1;
-        QTest::newRow("receiving") << 2;
-        QTest::newRow("playing the rest") << 3;
+        QTest::addColumn<World::Progress>("progress");
+        QTest::newRow("connecting") << World::Connecting;
+        QTest::newRow("waiting") << World::Connected;
+        QTest::newRow("receiving") << World::SomeSound;
+        QTest::newRow("playing the rest") << World::AllSound;
     }
     void stoppingEndsTheSoundAndDropsWhatComesLater()
     {
-        QFETCH(int, progress);
+        QFETCH(World::Progress, progress);
         World world;
-        world.begin();
-        if (progress > 0)
-            world.deliver(websocket::Connected{});
-        if (progress > 1)
-            world.send("abcd");
-        if (progress > 2)
-            world.say("turn.end");
-
+        world.beginUntil(progress);
         QVERIFY(world.synthesizer->stopSpeaking());
         QVERIFY(world.sound().wasStopped());
-        if (progress == 2) {
+        if (progress == World::SomeSound) {
             // The message was on its way; the worker has not heard of the stop yet.
             world.link().binary(serviceAudio(world.requestId(), "efgh"));
             world.link().text(serviceText("turn.end", world.requestId()));
@@ -387,22 +387,8 @@ private slots:
         QCOMPARE(calls, 7);
         QCOMPARE(world.result()->reason, ResultReason::SynthesizingAudioCompleted);
     }
-
-    void destroyingASynthesiserReleasesItsCall()
-    {
-        World world;
-        auto *raw = world.synthesizer.get();
-        world.outcome = std::async(std::launch::async, [raw] { return raw->speakText("Guten Tag"); });
-        world.awaitConnection();
-        world.deliver(websocket::Connected{});
-        world.say("turn.end");
-        world.synthesizer.reset();
-        QCOMPARE(world.result()->cancellation.reason, CancellationReason::CancelledByUser);
-        QVERIFY(world.sound().wasStopped());
-        QVERIFY(world.completed.empty());
-        QVERIFY(!world.link().isAlive());
-    }
 };
 
-QTEST_GUILESS_MAIN(TestSynthesis)
+static const InSuite<TestSynthesis> inSuite;
+
 #include "tst_synthesis.moc"
