@@ -7,6 +7,7 @@
 #include "platform/ui/ResourceBundle.h"
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Suite.h"
 #include "tests/fakes/TestPlatform.h"
 
 #include <QRegularExpression>
@@ -489,5 +490,12 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_conversation)
+static const InSuite<tst_conversation> inSuite;
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    return runSuite(argc, argv);
+}
+
 #include "tst_conversation.moc"

@@ -2,6 +2,7 @@
 #include "language/LanguageTranslation.h"
 #include "platform/ui/ResourceBundle.h"
 #include "platform/ui/ScreenWindow.h"
+#include "tests/fakes/Suite.h"
 #include "tests/fakes/TestPlatform.h"
 
 #include <QSignalSpy>
@@ -193,5 +194,6 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_language_picker)
+static const InSuite<tst_language_picker> inSuite;
+
 #include "tst_language_picker.moc"

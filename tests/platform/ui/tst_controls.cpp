@@ -4,6 +4,7 @@
 #include "platform/ui/ResourceBundle.h"
 #include "platform/ui/RowModel.h"
 #include "platform/ui/SpringCurve.h"
+#include "tests/fakes/Suite.h"
 
 #include <QAbstractItemModelTester>
 #include <QFile>
@@ -137,5 +138,6 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_controls)
+static const InSuite<tst_controls> inSuite;
+
 #include "tst_controls.moc"

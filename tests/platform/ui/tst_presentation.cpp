@@ -5,6 +5,7 @@
 #include "platform/ui/ViewController.h"
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Suite.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -209,5 +210,6 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_presentation)
+static const InSuite<tst_presentation> inSuite;
+
 #include "tst_presentation.moc"

@@ -1,6 +1,7 @@
 #include "platform/ui/ScreenHost.h"
 #include "platform/ui/ScreenWindow.h"
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Suite.h"
 
 #include <QQmlEngine>
 #include <QQuickWindow>
@@ -61,6 +62,42 @@ Item {
 }
 )";
 
+/// A window with the screen "root" and all that is presented above it.
+struct Stage {
+    QQmlEngine engine;
+    QSignalSpy warnings{&engine, &QQmlEngine::warnings};
+    QQuickWindow window;
+    std::shared_ptr<PlainScreen> root;
+    ScreenWindow screens;
+    ScreenHost host{engine, screens, window.contentItem()};
+
+    explicit Stage(std::shared_ptr<PlainScreen> first)
+        : root(std::move(first))
+        , screens(root)
+    {
+        window.resize(390, 844);
+        host.setSize({390, 844});
+    }
+
+    [[nodiscard]] QQuickItem *view(const QString &name) const
+    {
+        // The newest first: one on its way out may have the same name.
+        const auto frames = host.childItems();
+        for (auto frame = frames.rbegin(); frame != frames.rend(); ++frame) {
+            for (QQuickItem *child : (*frame)->childItems()) {
+                if (child->objectName() == name)
+                    return child;
+            }
+        }
+        return nullptr;
+    }
+    [[nodiscard]] bool show()
+    {
+        window.show();
+        return QTest::qWaitForWindowActive(&window, patienceMs);
+    }
+};
+
 } // namespace
 
 class tst_screen_host : public QObject {
@@ -84,96 +121,73 @@ private slots:
 
     void viewsFollowTheChainOfScreens()
     {
-        QQmlEngine engine;
-        QQuickWindow window;
-        window.resize(390, 844);
-        const auto root = screen(u"root"_s);
-        ScreenWindow screens(root);
-        ScreenHost host(engine, screens, window.contentItem());
-        host.setSize({390, 844});
-
-        const auto view = [&](const QString &name) { return findView(host, name); };
-        QVERIFY(view(u"root"_s));
-        QCOMPARE(view(u"root"_s)->size(), QSizeF(390, 844));
+        Stage stage(screen(u"root"_s));
+        QVERIFY(stage.view(u"root"_s));
+        QCOMPARE(stage.view(u"root"_s)->size(), QSizeF(390, 844));
 
         const auto top = screen(u"top"_s);
-        root->present(top, Animated::No);
-        QVERIFY(view(u"top"_s) && view(u"top"_s)->isVisible());
-        QVERIFY(!view(u"root"_s)->isVisible()); // wholly covered
-        host.setSize({844, 390});
-        QCOMPARE(view(u"top"_s)->size(), QSizeF(844, 390));
+        stage.root->present(top, Animated::No);
+        QVERIFY(stage.view(u"top"_s) && stage.view(u"top"_s)->isVisible());
+        QVERIFY(!stage.view(u"root"_s)->isVisible()); // wholly covered
+        stage.host.setSize({844, 390});
+        QCOMPARE(stage.view(u"top"_s)->size(), QSizeF(844, 390));
 
         const auto sheet = screen(u"sheet"_s);
         sheet->modalPresentationStyle = ViewController::ModalPresentationStyle::OverCurrentContext;
         top->present(sheet, Animated::No);
-        QVERIFY(view(u"top"_s)->isVisible());
+        QVERIFY(stage.view(u"top"_s)->isVisible());
 
-        root->dismiss(Animated::No);
-        QVERIFY(view(u"root"_s)->isVisible());
-        TRY_VERIFY(!view(u"top"_s) && !view(u"sheet"_s));
+        stage.root->dismiss(Animated::No);
+        QVERIFY(stage.view(u"root"_s)->isVisible());
+        TRY_VERIFY(!stage.view(u"top"_s) && !stage.view(u"sheet"_s));
     }
 
     void whatIsCoveredGetsNoTouchAndNoKey()
     {
-        QQmlEngine engine;
-        QQuickWindow window;
-        window.resize(390, 844);
-        const auto root = screen(u"root"_s);
-        ScreenWindow screens(root);
-        ScreenHost host(engine, screens, window.contentItem());
-        host.setSize({390, 844});
-        window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window, patienceMs));
+        Stage stage(screen(u"root"_s));
+        QVERIFY(stage.show());
 
-        QTest::mouseClick(&window, Qt::LeftButton, {}, {50, 50});
-        QCOMPARE(root->presses, 1);
+        QTest::mouseClick(&stage.window, Qt::LeftButton, {}, {50, 50});
+        QCOMPARE(stage.root->presses, 1);
 
         const auto alert = screen(u"alert"_s);
         alert->modalPresentationStyle = ViewController::ModalPresentationStyle::OverCurrentContext;
-        root->present(alert, Animated::No);
-        QTest::mouseClick(&window, Qt::LeftButton, {}, {50, 50});
-        QTest::mouseClick(&window, Qt::LeftButton, {}, {50, 300}); // where the alert has nothing
-        QCOMPARE(root->presses, 1);
+        stage.root->present(alert, Animated::No);
+        QTest::mouseClick(&stage.window, Qt::LeftButton, {}, {50, 50});
+        QTest::mouseClick(&stage.window, Qt::LeftButton, {}, {50, 300}); // where the alert has nothing
+        QCOMPARE(stage.root->presses, 1);
         QCOMPARE(alert->presses, 1);
 
         // Round and round with the tab key: never down to what is covered, and back to the first control.
         int onAlertsButton = 0;
         for (int press = 0; press < 8; ++press) {
-            QTest::keyClick(&window, Qt::Key_Tab);
-            QVERIFY(findView(host, u"alert"_s)->isAncestorOf(window.activeFocusItem()));
-            onAlertsButton += window.activeFocusItem()->objectName() == u"button"_s;
+            QTest::keyClick(&stage.window, Qt::Key_Tab);
+            QVERIFY(stage.view(u"alert"_s)->isAncestorOf(stage.window.activeFocusItem()));
+            onAlertsButton += stage.window.activeFocusItem()->objectName() == u"button"_s;
         }
         QVERIFY(onAlertsButton >= 2);
-        root->dismiss(Animated::No);
-        QTest::keyClick(&window, Qt::Key_Tab);
-        QVERIFY(findView(host, u"root"_s)->isAncestorOf(window.activeFocusItem()));
+        stage.root->dismiss(Animated::No);
+        QTest::keyClick(&stage.window, Qt::Key_Tab);
+        QVERIFY(stage.view(u"root"_s)->isAncestorOf(stage.window.activeFocusItem()));
     }
 
     void aViewGoesBeforeItsScreenEvenFromItsOwnButton()
     {
-        QQmlEngine engine;
-        QSignalSpy warnings(&engine, &QQmlEngine::warnings);
-        QQuickWindow window;
-        window.resize(390, 844);
-        const auto root = screen(u"root"_s);
-        ScreenWindow screens(root);
-        ScreenHost host(engine, screens, window.contentItem());
-        host.setSize({390, 844});
-        window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window, patienceMs));
+        Stage stage(screen(u"root"_s));
+        QVERIFY(stage.show());
 
         QStringList order;
         auto closing = screen(u"closing"_s);
         closing->closesWhenPressed = true;
         connect(closing.get(), &QObject::destroyed, this, [&] { order << u"screen"_s; });
-        root->present(closing, Animated::No);
-        connect(findView(host, u"closing"_s), &QObject::destroyed, this, [&] { order << u"view"_s; });
+        stage.root->present(closing, Animated::No);
+        connect(stage.view(u"closing"_s), &QObject::destroyed, this, [&] { order << u"view"_s; });
         closing.reset();
 
-        QTest::mouseClick(&window, Qt::LeftButton, {}, {50, 50});
+        QTest::mouseClick(&stage.window, Qt::LeftButton, {}, {50, 50});
         TRY_COMPARE(order, QStringList({u"view"_s, u"screen"_s}));
-        QCOMPARE(warnings.count(), 0);
-        QCOMPARE(root->presses, 0);
+        QCOMPARE(stage.warnings.count(), 0);
+        QCOMPARE(stage.root->presses, 0);
     }
 
     void screensSlideInAndOut_data()
@@ -186,33 +200,28 @@ private slots:
     void screensSlideInAndOut()
     {
         QFETCH(ViewController::ModalTransitionStyle, style);
-        QQmlEngine engine;
-        QQuickWindow window;
-        const auto root = screen(u"root"_s);
-        ScreenWindow screens(root);
-        ScreenHost host(engine, screens, window.contentItem());
-        host.setSize({390, 844});
+        Stage stage(screen(u"root"_s));
         const auto top = screen(u"top"_s);
         top->modalTransitionStyle = style;
 
-        root->present(top, Animated::Yes);
-        QVERIFY(host.isMoving());
-        const QQuickItem *const stage = findView(host, u"top"_s)->parentItem();
-        QCOMPARE(stage->x(), style == ViewController::ModalTransitionStyle::PushFromRight ? 390.0 : 0.0);
-        QCOMPARE(stage->y(), style == ViewController::ModalTransitionStyle::CoverVertical ? 844.0 : 0.0);
-        QCOMPARE(stage->opacity(), style == ViewController::ModalTransitionStyle::CrossDissolve ? 0.0 : 1.0);
-        QVERIFY(findView(host, u"root"_s)->isVisible());
-        TRY_VERIFY(!host.isMoving());
-        QCOMPARE(stage->position(), QPointF());
-        QCOMPARE(stage->opacity(), 1.0);
-        QVERIFY(!findView(host, u"root"_s)->isVisible());
+        stage.root->present(top, Animated::Yes);
+        QVERIFY(stage.host.isMoving());
+        const QQuickItem *const frame = stage.view(u"top"_s)->parentItem();
+        QCOMPARE(frame->x(), style == ViewController::ModalTransitionStyle::PushFromRight ? 390.0 : 0.0);
+        QCOMPARE(frame->y(), style == ViewController::ModalTransitionStyle::CoverVertical ? 844.0 : 0.0);
+        QCOMPARE(frame->opacity(), style == ViewController::ModalTransitionStyle::CrossDissolve ? 0.0 : 1.0);
+        QVERIFY(stage.view(u"root"_s)->isVisible());
+        TRY_VERIFY(!stage.host.isMoving());
+        QCOMPARE(frame->position(), QPointF());
+        QCOMPARE(frame->opacity(), 1.0);
+        QVERIFY(!stage.view(u"root"_s)->isVisible());
 
-        root->dismiss(Animated::Yes);
-        QVERIFY(host.isMoving());
-        QVERIFY(findView(host, u"root"_s)->isVisible());
-        root->present(top, Animated::Yes); // at once again, while the old view is still on its way out
-        TRY_VERIFY(!host.isMoving());
-        QVERIFY(findView(host, u"top"_s));
+        stage.root->dismiss(Animated::Yes);
+        QVERIFY(stage.host.isMoving());
+        QVERIFY(stage.view(u"root"_s)->isVisible());
+        stage.root->present(top, Animated::Yes); // at once again, while the old view is still on its way out
+        TRY_VERIFY(!stage.host.isMoving());
+        QVERIFY(stage.view(u"top"_s));
     }
 
     void theHostMayGoAtAnyTime()
@@ -232,21 +241,14 @@ private slots:
         QCoreApplication::processEvents();
         QCOMPARE(warnings.count(), 0);
     }
-
-private:
-    static QQuickItem *findView(const QQuickItem &host, const QString &name)
-    {
-        // The newest first: one on its way out may have the same name.
-        const auto stages = host.childItems();
-        for (auto stage = stages.rbegin(); stage != stages.rend(); ++stage) {
-            for (QQuickItem *view : (*stage)->childItems()) {
-                if (view->objectName() == name)
-                    return view;
-            }
-        }
-        return nullptr;
-    }
 };
 
-QTEST_MAIN(tst_screen_host)
+static const InSuite<tst_screen_host> inSuite;
+
+int main(int argc, char **argv)
+{
+    const QGuiApplication application(argc, argv);
+    return runSuite(argc, argv);
+}
+
 #include "tst_screen_host.moc"
