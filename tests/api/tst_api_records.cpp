@@ -1,4 +1,4 @@
-#include <QtTest>
+#include <QTest>
 
 #include <VynlexTranslationSDK/VLApiServer.h>
 #include <VynlexTranslationSDK/VLCurrentUserType.h>

@@ -1,4 +1,4 @@
-#include <QtTest>
+#include <QTest>
 
 #include "language/LanguageTranslation.h"
 #include "tests/fakes/MemoryUserDefaults.h"

@@ -1,7 +1,7 @@
 #include <VynlexTranslationSDK/NetworkReachabilityHandler.h>
 #include <VynlexTranslationSDK/NetworkReachabilityHandlerDelegate.h>
 
-#include <QtTest>
+#include <QTest>
 
 #include <array>
 #include <functional>

@@ -1,5 +1,5 @@
+#include <QTest>
 #include <QTimer>
-#include <QtTest>
 
 #include <cstring>
 

@@ -1,5 +1,5 @@
 #include <QTemporaryDir>
-#include <QtTest>
+#include <QTest>
 
 #include "platform/audio/QtAudioEngine.h"
 #include "platform/audio/QtAudioPlayer.h"

@@ -1,6 +1,6 @@
 #include <QTemporaryDir>
+#include <QTest>
 #include <QtEndian>
-#include <QtTest>
 
 #include <cmath>
 

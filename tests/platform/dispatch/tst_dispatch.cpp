@@ -1,6 +1,6 @@
 #include <QEventLoop>
 #include <QSemaphore>
-#include <QtTest>
+#include <QTest>
 
 #include <array>
 #include <atomic>

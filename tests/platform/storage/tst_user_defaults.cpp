@@ -1,6 +1,6 @@
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QtTest>
+#include <QTest>
 
 #include <functional>
 #include <sys/wait.h>
