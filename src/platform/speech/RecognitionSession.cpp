@@ -42,20 +42,11 @@ void RecognitionSession::start()
         else
             self->fail(failureOf(websocket::Error{{WebSocketError::Kind::UpgradeRefused, 401, {}}}, {}));
     });
-    const std::weak_ptr weak = weak_from_this();
-    m_stream.setReader(
-        [weak, &worker = m_worker](const QByteArray &pcm) {
-            worker.post([weak, pcm] {
-                if (const auto self = weak.lock())
-                    self->takeAudio(pcm);
-            });
-        },
-        [weak, &worker = m_worker] {
-            worker.post([weak] {
-                if (const auto self = weak.lock())
-                    self->takeEndOfAudio();
-            });
-        });
+    m_stream.setReader([&worker = m_worker, take = whileAlive(weak_from_this(), &RecognitionSession::takeAudio)](
+                           const QByteArray &pcm) { worker.post([take, pcm] { take(pcm); }); },
+                       [&worker = m_worker, take = whileAlive(weak_from_this(), &RecognitionSession::takeEndOfAudio)] {
+                           worker.post(take);
+                       });
 }
 
 void RecognitionSession::stop()
@@ -68,48 +59,28 @@ void RecognitionSession::stop()
         self->m_ended = true;
         self->forgetTurn();
         self->m_pause.reset();
-        self->m_client.reset();
+        self->m_connection.reset();
     });
 }
 
 void RecognitionSession::connect()
 {
     m_pause.reset();
-    m_connected = false;
-    m_client = m_worker.makeClient();
-    m_client->connect(speechRequest(m_settings.url, m_settings.key, m_connectionId),
-                      [weak = weak_from_this()](const WebSocketEvent &event) {
-                          if (const auto self = weak.lock())
-                              self->handle(event);
-                      });
+    const auto failed = whileAlive(weak_from_this(), &RecognitionSession::connectionFailed);
+    m_connection = std::make_unique<SpeechConnection>(
+        m_worker, m_settings.url, m_settings.key, m_connectionId,
+        SpeechConnection::Handlers{whileAlive(weak_from_this(), &RecognitionSession::connected),
+                                   whileAlive(weak_from_this(), &RecognitionSession::receive), failed, failed});
 }
 
-void RecognitionSession::handle(const WebSocketEvent &event)
+void RecognitionSession::connected()
 {
-    if (std::holds_alternative<websocket::Connected>(event)) {
-        m_connected = true;
-        m_fastBytesLeft = SpeechLimits::fastBytes;
-        m_nextPiece = m_worker.now();
-        m_configRequestId = makeSpeechId();
-        m_client->sendText(
-            encodeText({"speech.config", m_configRequestId, "application/json", recognitionConfigBody(m_settings.mode)},
-                       QDateTime::currentDateTimeUtc()));
-        pump();
-    } else if (const auto *text = std::get_if<websocket::Text>(&event)) {
-        if (const auto message = decodeText(text->utf8))
-            receive(*message);
-    } else if (const auto *binary = std::get_if<websocket::Binary>(&event)) {
-        if (const auto message = decodeBinary(binary->data))
-            receive(*message);
-    } else if (std::holds_alternative<websocket::Disconnected>(event) ||
-               std::holds_alternative<websocket::PeerClosed>(event) ||
-               std::holds_alternative<websocket::Error>(event) || std::holds_alternative<websocket::Cancelled>(event)) {
-        connectionFailed(failureOf(event, {m_settings.url, m_connectionId, m_connected}));
-    } else if (const auto *suggestion = std::get_if<websocket::ReconnectSuggested>(&event)) {
-        // The path that carried the connection is no longer the device's; it may stay silent for minutes.
-        if (suggestion->suggested)
-            connectionFailed(failureOf(event, {m_settings.url, m_connectionId, m_connected}));
-    }
+    m_fastBytesLeft = SpeechLimits::fastBytes;
+    m_nextPiece = m_worker.now();
+    m_configRequestId = makeSpeechId();
+    m_connection->sendText(
+        {"speech.config", m_configRequestId, "application/json", recognitionConfigBody(m_settings.mode)});
+    pump();
 }
 
 void RecognitionSession::receive(const SpeechMessage &message)
@@ -207,7 +178,7 @@ void RecognitionSession::pump()
 {
     m_pause.reset();
     m_pace.reset();
-    if (m_ended || !m_connected)
+    if (m_ended || !m_connection || !m_connection->isEstablished())
         return;
     if (isAllHeard()) {
         finish();
@@ -248,9 +219,8 @@ void RecognitionSession::beginTurn()
     m_sent = m_backlog.begin();
     QByteArray id = std::exchange(m_configRequestId, {});
     m_turn = Turn{id.isEmpty() ? makeSpeechId() : std::move(id), m_sent, false, false, m_worker.now()};
-    m_client->sendText(encodeText({"speech.context", m_turn->id, "application/json",
-                                   recognitionContextBody(m_settings.mode, m_settings.language)},
-                                  QDateTime::currentDateTimeUtc()));
+    m_connection->sendText({"speech.context", m_turn->id, "application/json",
+                            recognitionContextBody(m_settings.mode, m_settings.language)});
     sendAudio(waveStreamHeader(), "audio/x-wav");
     m_deadline = after(SpeechLimits::turnStart, &RecognitionSession::turnStartTimedOut);
 }
@@ -264,7 +234,7 @@ std::chrono::milliseconds RecognitionSession::delayOfNextPiece() const
 
 void RecognitionSession::sendAudio(const QByteArray &pcm, const QByteArray &contentType)
 {
-    m_client->sendBinary(encodeBinary({"audio", m_turn->id, contentType, pcm}, QDateTime::currentDateTimeUtc()));
+    m_connection->sendBinary({"audio", m_turn->id, contentType, pcm});
 }
 
 void RecognitionSession::turnStartTimedOut()
@@ -279,8 +249,7 @@ void RecognitionSession::turnEndTimedOut()
 
 void RecognitionSession::connectionFailed(const SpeechFailure &failure)
 {
-    m_client.reset();
-    m_connected = false;
+    m_connection.reset();
     forgetTurn();
     if (m_ended)
         return;
@@ -325,8 +294,8 @@ void RecognitionSession::end(const CancellationDetails &details)
     m_pause.reset();
     m_stream.setReader([](const QByteArray &) {}, [] {});
     m_backlog = {};
-    if (m_client)
-        m_client->close(1000, "Normal closure by client");
+    if (m_connection)
+        m_connection->close();
     m_gate.run([&] {
         if (const auto canceled = m_handlers.canceled)
             canceled(details);
@@ -335,10 +304,7 @@ void RecognitionSession::end(const CancellationDetails &details)
 
 std::unique_ptr<Timer> RecognitionSession::after(std::chrono::milliseconds delay, Step step)
 {
-    return m_worker.after(delay, [weak = weak_from_this(), step] {
-        if (const auto self = weak.lock())
-            (self.get()->*step)();
-    });
+    return m_worker.after(delay, whileAlive(weak_from_this(), step));
 }
 
 Ticks RecognitionSession::timeAt(qint64 position) const

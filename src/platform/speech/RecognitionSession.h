@@ -8,13 +8,11 @@
 #include <memory>
 #include <optional>
 
-#include "platform/net/WebSocketClient.h"
 #include "platform/speech/AudioBacklog.h"
 #include "platform/speech/HandlerGate.h"
 #include "platform/speech/PushAudioInputStream.h"
 #include "platform/speech/SpeechBodies.h"
-#include "platform/speech/SpeechFailure.h"
-#include "platform/speech/SpeechMessage.h"
+#include "platform/speech/SpeechConnection.h"
 
 namespace vynlex {
 
@@ -61,7 +59,7 @@ private:
     using Step = void (RecognitionSession::*)();
 
     void connect();
-    void handle(const WebSocketEvent &event);
+    void connected();
     void receive(const SpeechMessage &message);
     void receivePhrase(const SpeechPhrase &phrase);
     void receiveTurnEnd();
@@ -71,7 +69,6 @@ private:
     void beginTurn();
     [[nodiscard]] std::chrono::milliseconds delayOfNextPiece() const;
     void sendAudio(const QByteArray &pcm, const QByteArray &contentType = {});
-    void sendText(const char *path, const QByteArray &json);
     void turnStartTimedOut();
     void turnEndTimedOut();
     void connectionFailed(const SpeechFailure &failure);
@@ -94,8 +91,7 @@ private:
     bool m_inputClosed = false;
     bool m_ended = false; ///< The cancellation is out, or the session was stopped.
 
-    std::unique_ptr<WebSocketClient> m_client;
-    bool m_connected = false;
+    std::unique_ptr<SpeechConnection> m_connection;
     QByteArray m_configRequestId; ///< Of `speech.config`, which shares it with the connection's first turn.
     int m_reconnects = 0;         ///< Since a phrase last covered some audio.
     qint64 m_fastBytesLeft = 0;

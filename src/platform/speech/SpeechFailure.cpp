@@ -45,7 +45,7 @@ SpeechFailure closedByService(const websocket::Disconnected &closed)
 }
 
 /// The numbers and words inside the two texts are the native client's and always the same.
-SpeechFailure noConnection(Code code, const SpeechConnection &connection, bool permanent)
+SpeechFailure noConnection(Code code, const ConnectionAttempt &connection, bool permanent)
 {
     return {code,
             QStringLiteral("Connection failed (no connection to the remote host). Internal error: 1. Error details: "
@@ -65,7 +65,7 @@ SpeechFailure lostConnection()
 
 } // namespace
 
-SpeechFailure failureOf(const WebSocketEvent &ending, const SpeechConnection &connection)
+SpeechFailure failureOf(const WebSocketEvent &ending, const ConnectionAttempt &connection)
 {
     if (const auto *closed = std::get_if<websocket::Disconnected>(&ending))
         return closedByService(*closed);

@@ -18,7 +18,7 @@ struct SpeechFailure {
     bool permanent = false; ///< Trying again cannot help.
 };
 
-struct SpeechConnection {
+struct ConnectionAttempt {
     QUrl url;
     QByteArray connectionId;
     bool established = false; ///< The upgrade had succeeded before it ended.
@@ -29,7 +29,7 @@ struct SpeechConnection {
 /// Permanent are the refusals that come with a 4xx status (but for 408 and 429) and the close codes 1002, 1003, 1007
 /// and 4000, which say that the request itself is at fault. Everything else, the close code 1000 included, is a lost
 /// connection.
-SpeechFailure failureOf(const WebSocketEvent &ending, const SpeechConnection &connection);
+SpeechFailure failureOf(const WebSocketEvent &ending, const ConnectionAttempt &attempt);
 
 /// A phrase that is none: Error, TooManyRequests, BadRequest, Forbidden, Unknown.
 SpeechFailure failureOf(PhraseStatus status);

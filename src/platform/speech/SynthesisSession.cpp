@@ -84,35 +84,27 @@ void SynthesisSession::connect()
         fail(failureOf(websocket::Error{{WebSocketError::Kind::UpgradeRefused, 401, {}}}, {}));
         return;
     }
-    m_client = m_worker.makeClient();
-    m_client->connect(speechRequest(m_settings.url, m_settings.key, m_connectionId),
-                      [weak = weak_from_this()](const WebSocketEvent &event) {
-                          if (const auto self = weak.lock())
-                              self->handle(event);
-                      });
+    m_connection = std::make_unique<SpeechConnection>(
+        m_worker, m_settings.url, m_settings.key, m_connectionId,
+        SpeechConnection::Handlers{whileAlive(weak_from_this(), &SynthesisSession::connected),
+                                   whileAlive(weak_from_this(), &SynthesisSession::receive),
+                                   whileAlive(weak_from_this(), &SynthesisSession::connectionFailed),
+                                   {}});
 }
 
-void SynthesisSession::handle(const WebSocketEvent &event)
+void SynthesisSession::connected()
 {
-    if (std::holds_alternative<websocket::Connected>(event)) {
-        m_connected = true;
-        send("speech.config", "application/json", synthesisConfigBody());
-        send("synthesis.context", "application/json", synthesisContextBody(outputFormat));
-        send("ssml", "application/ssml+xml", m_ssml);
-        m_deadline = after(SpeechLimits::turnStart, &SynthesisSession::firstAudioTimedOut);
-    } else if (const auto *text = std::get_if<websocket::Text>(&event)) {
-        if (const auto message = decodeText(text->utf8))
-            receive(*message);
-    } else if (const auto *binary = std::get_if<websocket::Binary>(&event)) {
-        if (const auto message = decodeBinary(binary->data))
-            receive(*message);
-    } else if (std::holds_alternative<websocket::Disconnected>(event) ||
-               std::holds_alternative<websocket::PeerClosed>(event) ||
-               std::holds_alternative<websocket::Error>(event) || std::holds_alternative<websocket::Cancelled>(event)) {
-        m_client.reset();
-        if (m_state != State::Finished)
-            fail(failureOf(event, {m_settings.url, m_connectionId, m_connected}));
-    }
+    send("speech.config", "application/json", synthesisConfigBody());
+    send("synthesis.context", "application/json", synthesisContextBody(outputFormat));
+    send("ssml", "application/ssml+xml", m_ssml);
+    m_deadline = after(SpeechLimits::turnStart, &SynthesisSession::firstAudioTimedOut);
+}
+
+void SynthesisSession::connectionFailed(const SpeechFailure &failure)
+{
+    m_connection.reset();
+    if (m_state != State::Finished)
+        fail(failure);
 }
 
 void SynthesisSession::receive(const SpeechMessage &message)
@@ -155,7 +147,7 @@ void SynthesisSession::receiveTurnEnd()
 {
     m_state = State::Finished;
     m_deadline.reset();
-    m_client->close(1000, "Normal closure by client");
+    m_connection->close();
     const std::lock_guard lock(m_mutex);
     if (m_claimed)
         return;
@@ -207,8 +199,8 @@ void SynthesisSession::fail(const SpeechFailure &failure)
                                 .arg(failure.text, QLatin1String(state), QString::number(m_receivedBytes));
     m_state = State::Finished;
     m_deadline.reset();
-    if (m_client)
-        m_client->close(1000, "Normal closure by client");
+    if (m_connection)
+        m_connection->close();
     const std::lock_guard lock(m_mutex);
     if (!claim())
         return;
@@ -218,22 +210,19 @@ void SynthesisSession::fail(const SpeechFailure &failure)
 
 void SynthesisSession::send(const char *path, const char *contentType, const QByteArray &body)
 {
-    m_client->sendText(encodeText({path, m_requestId, contentType, body}, QDateTime::currentDateTimeUtc()));
+    m_connection->sendText({path, m_requestId, contentType, body});
 }
 
 std::unique_ptr<Timer> SynthesisSession::after(std::chrono::milliseconds delay, Step step)
 {
-    return m_worker.after(delay, [weak = weak_from_this(), step] {
-        if (const auto self = weak.lock())
-            (self.get()->*step)();
-    });
+    return m_worker.after(delay, whileAlive(weak_from_this(), step));
 }
 
 void SynthesisSession::dropConnection()
 {
     m_state = State::Finished;
     m_deadline.reset();
-    m_client.reset();
+    m_connection.reset();
 }
 
 bool SynthesisSession::claim()

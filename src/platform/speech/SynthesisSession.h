@@ -10,10 +10,8 @@
 #include <optional>
 
 #include "platform/audio/AudioPlayer.h"
-#include "platform/net/WebSocketClient.h"
 #include "platform/speech/HandlerGate.h"
-#include "platform/speech/SpeechFailure.h"
-#include "platform/speech/SpeechMessage.h"
+#include "platform/speech/SpeechConnection.h"
 #include "platform/speech/SpeechService.h"
 
 namespace vynlex {
@@ -50,11 +48,12 @@ private:
     using Step = void (SynthesisSession::*)();
 
     void connect();
-    void handle(const WebSocketEvent &event);
+    void connected();
     void receive(const SpeechMessage &message);
     void receiveAudio(const QByteArray &bytes);
     void receiveTurnEnd();
     void soundEnded(const tl::expected<void, QString> &heard);
+    void connectionFailed(const SpeechFailure &failure);
     void firstAudioTimedOut();
     void nextAudioTimedOut();
     void fail(const SpeechFailure &failure);
@@ -81,10 +80,9 @@ private:
 
     // On the worker only.
     QByteArray m_ssml;
-    std::unique_ptr<WebSocketClient> m_client;
+    std::unique_ptr<SpeechConnection> m_connection;
     std::unique_ptr<Timer> m_deadline;
     State m_state = State::Sending;
-    bool m_connected = false;
     qint64 m_receivedBytes = 0;
     QByteArray m_halfFrame; ///< The service may cut a sample in two.
 };
