@@ -1,7 +1,8 @@
-#include <QtTest>
+#include <QTest>
 
 #include <VynlexTranslationSDK/NetworkReachabilityHandler.h>
 
+#include <QRegularExpression>
 #include <QUrlQuery>
 
 #include "api/HostInformation.h"
