@@ -1,10 +1,10 @@
 #include "api/VLApiRequestError.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 
 #include <utility>
+
+#include "platform/json/JsonText.h"
 
 using namespace Qt::StringLiterals;
 
@@ -12,12 +12,6 @@ namespace vynlex {
 namespace {
 
 constexpr int statusOfWaiting = 467;
-
-/// A number, a text or a word on its own: JSON, which Qt's parser does not take at the top of a text.
-bool isLoneValue(const QByteArray &body)
-{
-    return QJsonDocument::fromJson('[' + body + ']').array().size() == 1;
-}
 
 } // namespace
 
@@ -80,16 +74,12 @@ VLApiRequestError::ServerErrorText VLApiRequestError::serverErrorText(const std:
     ServerErrorText known{u"Unknown Error"_s, u"UNKNOWN_ERROR"_s};
     if (!body)
         return known;
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(*body, &error);
-    if (error.error != QJsonParseError::NoError) {
-        if (!isLoneValue(*body))
-            known.text = error.errorString();
+    const auto json = parseJson(*body);
+    if (!json)
+        known.text = json.error();
+    if (!json || !json->isObject())
         return known;
-    }
-    if (!document.isObject())
-        return known;
-    const QJsonObject object = document.object();
+    const QJsonObject object = json->toObject();
     known.code = status == statusOfWaiting ? u"WAITING_ROOM_REJECTED"_s : object.value("message"_L1).toString(u""_s);
     const QJsonValue text = object.value("errors"_L1);
     const QJsonValue first = object.value("errorsArray"_L1)[qsizetype(0)];

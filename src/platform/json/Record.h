@@ -15,6 +15,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "platform/json/JsonText.h"
 #include "platform/json/RecordError.h"
 #include "platform/json/Words.h"
 
@@ -255,14 +256,12 @@ template<typename Value> struct Reader<std::optional<Value>> {
 /// Reads a whole JSON text as `Value`: a record, or a vector of records. Keys that no field names are ignored.
 template<typename Value> tl::expected<Value, RecordError> decodeJson(const QByteArray &text)
 {
-    QJsonParseError parseError;
-    const QJsonDocument document = QJsonDocument::fromJson(text, &parseError);
-    if (parseError.error != QJsonParseError::NoError)
-        return tl::unexpected(RecordError{QStringLiteral("$"), parseError.errorString()});
+    const auto parsed = parseJson(text);
+    if (!parsed)
+        return tl::unexpected(RecordError{QStringLiteral("$"), parsed.error()});
     tl::expected<Value, RecordError> value;
     json::Failure failure;
-    if (!json::Reader<Value>::read(document.isArray() ? QJsonValue(document.array()) : QJsonValue(document.object()),
-                                   *value, &failure))
+    if (!json::Reader<Value>::read(*parsed, *value, &failure))
         value = tl::unexpected(RecordError{QLatin1Char('$') + failure.path, failure.problem});
     return value;
 }
