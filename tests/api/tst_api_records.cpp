@@ -5,6 +5,7 @@
 
 #include "api/ChatRecords.h"
 #include "api/DirectoryRecords.h"
+#include "api/JwtUserId.h"
 #include "api/VLAPIPath.h"
 #include "api/VLHTTPMethod.h"
 #include "tests/fakes/CapturedConsole.h"
@@ -250,6 +251,47 @@ private slots:
 
         QVERIFY(!decodeJson<VLChatThread>(R"({"_id":7})"));
         QVERIFY(!decodeJson<VLChatThread>("{}"));
+    }
+
+    void aTokenNamesItsUser_data()
+    {
+        QTest::addColumn<QString>("jwt");
+        QTest::addColumn<QString>("userId");
+        const auto row = [](const char *name, const QByteArray &payload, const QString &userId) {
+            const auto base64 = payload.toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals);
+            QTest::newRow(name) << "head."_L1 + QString::fromLatin1(base64) + ".signature"_L1 << userId;
+        };
+        row("no padding",
+            R"({"userId":"42"} )"
+            "  ",
+            u"42"_s);
+        row("one sign of padding", R"({"userId":"42"}  )", u"42"_s);
+        row("two signs of padding", R"({"userId":"42"} )", u"42"_s);
+        row("letters of base64url", R"({"userId":"ÿÿ?>~ నమస్తే"})", u"ÿÿ?>~ నమస్తే"_s);
+        row("another type", R"({"userId":42})", {});
+        row("no user", R"({"sub":"42"})", {});
+        row("a lone value", "42", {});
+        row("not UTF-8", "{\"userId\":\"\xff\"}", {});
+        QTest::newRow("no payload") << u"head"_s << QString();
+        QTest::newRow("not base64") << u"head.%%%%.signature"_s << QString();
+        QTest::newRow("padding inside") << u"head.eyJ=c2Vy.signature"_s << QString();
+    }
+
+    void aTokenNamesItsUser()
+    {
+        QFETCH(QString, jwt);
+        CapturedConsole console;
+        QTEST(userIdOfJwt(jwt), "userId");
+        QVERIFY(console.lines().isEmpty());
+    }
+
+    void anImpossiblePayloadIsToldApart()
+    {
+        CapturedConsole console;
+        QCOMPARE(userIdOfJwt(u"head.eyJ1c.signature"_s), QString());
+        QCOMPARE(console.lines(), QStringList(QString()));
+        QVERIFY(!fatalErrorOf([] { (void)userIdOfJwt(u"head.aGVsbG8.signature"_s); }).isNull());
+        QVERIFY(!fatalErrorOf([] { (void)userIdOfJwt(u"head..signature"_s); }).isNull());
     }
 };
 
