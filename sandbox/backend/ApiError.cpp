@@ -74,7 +74,8 @@ json::object ApiError::body() const
     json::array array;
     for (const auto &field : fields) {
         json::object one;
-        one["message"] = field.message;
+        // A client shows the message by itself.
+        one["message"] = (field.path.empty() ? "the body" : field.path) + " " + field.message;
         one["path"] = field.path;
         array.push_back(std::move(one));
     }
