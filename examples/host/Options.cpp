@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 
+#include "SandboxProcess.h"
+
 using namespace Qt::StringLiterals;
 using namespace vynlex;
 
@@ -79,7 +81,8 @@ tl::expected<Options, QString> parseOptions(const QStringList &arguments)
     options.outputFolder = parser.isSet(u"out"_s) ? parser.value(u"out"_s) : u"out/demo"_s;
     options.allPairs = parser.isSet(u"all-pairs"_s);
     options.realTime = parser.isSet(u"real-time"_s);
-    options.sandboxProgram = parser.value(u"sandbox"_s);
+    options.sandboxProgram =
+        parser.isSet(u"sandbox"_s) ? parser.value(u"sandbox"_s) : examples::SandboxProcess::defaultProgram();
 
     for (const QString &text : parser.values(u"turn"_s)) {
         auto turn = turnFrom(text);

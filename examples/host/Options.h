@@ -34,7 +34,7 @@ struct Options {
     QString speechKey;
     QString speechRegion;
     QString translatorKey;
-    QString sandboxProgram; ///< empty: the one beside this program
+    QString sandboxProgram;
 
     /// All keys given: the real services are used, and no sandbox is started.
     [[nodiscard]] bool usesRealServices() const { return !speechKey.isEmpty(); }

@@ -1,4 +1,3 @@
-#include <QDir>
 #include <QGuiApplication>
 #include <QTemporaryDir>
 #include <QTextStream>
@@ -45,13 +44,6 @@ int complain(const QString &line)
     return EXIT_FAILURE;
 }
 
-QString sandboxProgram(const host::Options &options)
-{
-    return options.sandboxProgram.isEmpty()
-               ? QDir(QCoreApplication::applicationDirPath()).filePath(u"../../sandbox/confera-sandbox"_s)
-               : options.sandboxProgram;
-}
-
 /// The device: its own microphone and loudspeaker where there are any, files otherwise.
 struct Device {
     Platform platform = Platform::shipped();
@@ -89,9 +81,9 @@ int main(int argc, char **argv)
     if (!options)
         return complain(options.error());
 
-    std::unique_ptr<host::SandboxProcess> sandbox;
+    std::unique_ptr<examples::SandboxProcess> sandbox;
     if (!options->usesRealServices()) {
-        auto started = host::SandboxProcess::start(sandboxProgram(*options));
+        auto started = examples::SandboxProcess::start(options->sandboxProgram);
         if (!started)
             return complain(started.error());
         sandbox = std::move(*started);
@@ -101,7 +93,7 @@ int main(int argc, char **argv)
     Device device(room, settings.filePath(u"settings.ini"_s), headless);
     Platform::install(std::move(device.platform));
     VLApiManager::shared().translatedConfig =
-        sandbox ? host::SandboxProcess::configuration()
+        sandbox ? examples::SandboxProcess::configuration()
                 : VLTranslationConfig(options->speechKey, options->speechRegion, options->translatorKey);
     KitFont::shared().setScale(options->fontScale);
 

@@ -47,7 +47,7 @@ private slots:
     {
         QVERIFY(m_data.isValid());
         qputenv("XDG_DATA_HOME", m_data.path().toUtf8());
-        auto sandbox = host::SandboxProcess::start(QStringLiteral(SANDBOX_PROGRAM));
+        auto sandbox = examples::SandboxProcess::start(QStringLiteral(SANDBOX_PROGRAM));
         QVERIFY2(sandbox, qPrintable(sandbox ? QString() : sandbox.error()));
         m_sandbox = std::move(*sandbox);
         Platform platform;
@@ -130,7 +130,7 @@ private:
     }
 
     const QTemporaryDir m_data;
-    std::unique_ptr<host::SandboxProcess> m_sandbox;
+    std::unique_ptr<examples::SandboxProcess> m_sandbox;
     std::unique_ptr<VLApiManager> m_manager;
 };
 

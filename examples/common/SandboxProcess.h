@@ -9,13 +9,16 @@
 #include <memory>
 #include <tl/expected.hpp>
 
-namespace host {
+namespace examples {
 
 /// A running confera-sandbox that the application's proxy and trust settings lead to.
 ///
-/// Main thread. The sandbox ends with this object, and by itself when the host dies.
+/// Main thread. The sandbox ends with this object, and by itself when the process dies.
 class SandboxProcess {
 public:
+    /// The program of this build.
+    static QString defaultProgram();
+
     /// Starts the program, waits for its start-up line (30 s at most), sets the application proxy and adds the
     /// sandbox's certificate authority to the default TLS configuration. An error is one clear line.
     static tl::expected<std::unique_ptr<SandboxProcess>, QString> start(const QString &program);
@@ -37,4 +40,4 @@ private:
     quint16 m_controlPort = 0;
 };
 
-} // namespace host
+} // namespace examples

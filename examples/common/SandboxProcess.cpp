@@ -1,6 +1,8 @@
 #include "SandboxProcess.h"
 
+#include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -12,7 +14,7 @@
 
 using namespace Qt::StringLiterals;
 
-namespace host {
+namespace examples {
 namespace {
 
 constexpr int startUpLimitMs = 30'000; // the first start makes the certificate authority and loads all models
@@ -25,6 +27,11 @@ void trust(const QList<QSslCertificate> &authority)
 }
 
 } // namespace
+
+QString SandboxProcess::defaultProgram()
+{
+    return QDir(QCoreApplication::applicationDirPath()).filePath(u"../../sandbox/confera-sandbox"_s);
+}
 
 tl::expected<std::unique_ptr<SandboxProcess>, QString> SandboxProcess::start(const QString &program)
 {
@@ -87,4 +94,4 @@ tl::expected<void, QString> SandboxProcess::readStartUpLine()
     return {};
 }
 
-} // namespace host
+} // namespace examples
