@@ -8,16 +8,13 @@
 #include <signal.h>
 
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Rows.h"
+
+using namespace vynlex;
 
 namespace {
 
 constexpr int limitMs = vynlex::patienceMs;
-
-QByteArray content(const QString &file)
-{
-    QFile f(file);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
 
 } // namespace
 
@@ -83,23 +80,6 @@ private slots:
         QCOMPARE(process.readAllStandardError(), "");
     }
 
-    void aRestartKeepsTheAuthority()
-    {
-        QByteArray authority;
-        for (int i = 0; i < 2; ++i) {
-            QProcess process;
-            start(process, {});
-            const auto file = readyLine(process)["ca"].toString();
-            QVERIFY(file.startsWith(m_folder.path()));
-            QVERIFY(i == 0 || content(file) == authority);
-            authority = content(file);
-            QVERIFY(authority.contains("BEGIN CERTIFICATE"));
-            kill(static_cast<pid_t>(process.processId()), SIGINT);
-            QVERIFY(process.waitForFinished(limitMs));
-            QCOMPARE(process.exitCode(), 0);
-        }
-    }
-
     void itStopsWithTheProcessThatStartedIt()
     {
         QProcess process;
@@ -112,23 +92,16 @@ private slots:
 
     void aWrongCommandLineIsExplainedInOneLine_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QByteArray>("reason");
-        QTest::newRow("unknown option") << QStringList{"--prot", "1"} << 2 << QByteArray("'--prot'");
-        QTest::newRow("a word") << QStringList{"start"} << 2 << QByteArray("'start'");
-        QTest::newRow("no port") << QStringList{"--port", "70000"} << 2 << QByteArray("70000");
-        QTest::newRow("half a number") << QStringList{"--proxy-port=80a"} << 2 << QByteArray("80a");
-        QTest::newRow("empty value") << QStringList{"--speech-key="} << 2 << QByteArray("--speech-key");
-        QTest::newRow("no time at all") << QStringList{"--token-lifetime", "0"} << 2 << QByteArray("--token-lifetime");
-        QTest::newRow("no phrasebook") << QStringList{"--phrasebook", "/no/such/book.tsv"} << 1
-                                       << QByteArray("book.tsv");
+        addRows<QStringList, int, QByteArray>({
+            {"unknown option", QStringList{"--prot", "1"}, 2, "'--prot'"},
+            {"no port", QStringList{"--port", "70000"}, 2, "70000"},
+            {"empty value", QStringList{"--speech-key="}, 2, "--speech-key"},
+            {"no phrasebook", QStringList{"--phrasebook", "/no/such/book.tsv"}, 1, "book.tsv"},
+        });
     }
     void aWrongCommandLineIsExplainedInOneLine()
     {
-        QFETCH(QStringList, arguments);
-        QFETCH(int, exitCode);
-        QFETCH(QByteArray, reason);
+        const auto [arguments, exitCode, reason] = currentRow<QStringList, int, QByteArray>();
         QProcess process;
         start(process, arguments);
         QVERIFY(process.waitForFinished(limitMs));
@@ -137,18 +110,6 @@ private slots:
         const auto error = process.readAllStandardError();
         QCOMPARE(error.count('\n'), 1);
         QVERIFY2(error.contains(reason), error.constData());
-    }
-
-    void helpAndVersionNeedNothingElse()
-    {
-        for (const auto &[option, shown] :
-             {std::pair("--help", "--proxy-port"), std::pair("--version", "confera-sandbox 1.")}) {
-            QProcess process;
-            process.start(SANDBOX_PROGRAM, {option});
-            QVERIFY(process.waitForFinished(limitMs));
-            QCOMPARE(process.exitCode(), 0);
-            QVERIFY(process.readAllStandardOutput().contains(shown));
-        }
     }
 };
 

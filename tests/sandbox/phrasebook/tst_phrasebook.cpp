@@ -6,7 +6,10 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "tests/fakes/Rows.h"
+
 using sandbox::Phrasebook;
+using namespace vynlex;
 
 namespace {
 
@@ -47,21 +50,18 @@ private slots:
 
     void readingIsForgivingAboutForm_data()
     {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QByteArray>("language");
-        QTest::newRow("as it stands") << QByteArray("Turn left.") << QByteArray("en");
-        QTest::newRow("letter case, no full stop") << QByteArray("TURN left") << QByteArray("en");
-        QTest::newRow("white space and other marks") << QByteArray("  turn\u00A0 left \u2026\n") << QByteArray("en");
-        QTest::newRow("danda for full stop") << QByteArray("बाएँ मुड़िए.") << QByteArray("hi");
-        QTest::newRow("nukta in one code point") << QByteArray("बाएँ मु\u095Cिए") << QByteArray("hi");
-        QTest::newRow("nukta apart") << QByteArray("बाएँ मु\u0921\u093Cिए") << QByteArray("hi");
-        QTest::newRow("split vowel sign") << QByteArray("ঘ\u09C7\u09BEরুন") << QByteArray("bn");
-        QTest::newRow("joiners") << QByteArray("ఎడమ\u200C వైపు\u200B") << QByteArray("te");
+        addRows<QByteArray, QByteArray>({
+            {"letter case, no full stop", "TURN left", "en"},
+            {"white space and other marks", "  turn\u00A0 left \u2026\n", "en"},
+            {"danda for full stop", "बाएँ मुड़िए.", "hi"},
+            {"nukta in one code point", "बाएँ मु\u095Cिए", "hi"},
+            {"split vowel sign", "ঘ\u09C7\u09BEরুন", "bn"},
+            {"joiners", "ఎడమ\u200C వైపు\u200B", "te"},
+        });
     }
     void readingIsForgivingAboutForm()
     {
-        QFETCH(QByteArray, text);
-        QFETCH(QByteArray, language);
+        const auto [text, language] = currentRow<QByteArray, QByteArray>();
         const BookFile file(heading + QByteArray("left\tTurn left.\tबाएँ मुड़िए।\tડાબી.\tडावी.\tঘোরুন।\tఎడమ వైపు.\r\n"));
         const auto book = Phrasebook::load(file.path());
         const auto match = book.find(text.toStdString());
@@ -91,21 +91,17 @@ private slots:
 
     void aBadFileIsNamedWithItsLine_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QByteArray>("error");
         const QByteArray good = "a\tA\tB\tC\tD\tE\tF\n";
-        QTest::newRow("empty") << QByteArray() << QByteArray(":0: the phrasebook is empty");
-        QTest::newRow("heading") << QByteArray("id\ten\n") << QByteArray(":1: the heading");
-        QTest::newRow("columns") << heading + good + "b\tB\n" << QByteArray(":3: expected 7 columns, found 2");
-        QTest::newRow("id twice") << heading + good + "a\tX\tX\tX\tX\tX\tX\n" << QByteArray(":3: the id 'a'");
-        QTest::newRow("no text") << heading + QByteArray("a\tA\tB\t.\tD\tE\tF\n") << QByteArray(":2: no text for 'gu'");
-        QTest::newRow("same text") << heading + good + "b\tX\tX\tc!\tX\tX\tX\n"
-                                   << QByteArray(":3: 'b' reads like 'a' in 'gu'");
+        addRows<QByteArray, QByteArray>({
+            {"columns", heading + good + "b\tB\n", ":3: expected 7 columns, found 2"},
+            {"id twice", heading + good + "a\tX\tX\tX\tX\tX\tX\n", ":3: the id 'a'"},
+            {"no text", heading + QByteArray("a\tA\tB\t.\tD\tE\tF\n"), ":2: no text for 'gu'"},
+            {"same text", heading + good + "b\tX\tX\tc!\tX\tX\tX\n", ":3: 'b' reads like 'a' in 'gu'"},
+        });
     }
     void aBadFileIsNamedWithItsLine()
     {
-        QFETCH(QByteArray, content);
-        QFETCH(QByteArray, error);
+        const auto [content, error] = currentRow<QByteArray, QByteArray>();
         const BookFile file(content);
         try {
             (void)Phrasebook::load(file.path());

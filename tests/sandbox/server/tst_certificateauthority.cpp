@@ -11,7 +11,10 @@
 #include <thread>
 #include <vector>
 
+#include "tests/fakes/Rows.h"
+
 using sandbox::CertificateAuthority;
+using namespace vynlex;
 
 class CertificateAuthorityTest : public QObject {
     Q_OBJECT
@@ -76,23 +79,13 @@ private slots:
         QVERIFY(content("host.pem") != host);
     }
 
-    void aLostHostCertificateIsMadeAgain()
-    {
-        make({"a.example.com"});
-        QVERIFY(QFile::remove(path("host.key")));
-        make({"a.example.com"});
-        QVERIFY(!content("host.key").isEmpty());
-    }
-
     void aDamagedAuthorityIsReportedAndLeftAlone_data()
     {
-        QTest::addColumn<QByteArray>("file");
-        QTest::newRow("key") << QByteArray("ca.key");
-        QTest::newRow("certificate") << QByteArray("ca.pem");
+        addRows<QByteArray>({{"key", "ca.key"}, {"certificate", "ca.pem"}});
     }
     void aDamagedAuthorityIsReportedAndLeftAlone()
     {
-        QFETCH(QByteArray, file);
+        const auto [file] = currentRow<QByteArray>();
         make({"a.example.com"});
         write(file, "damaged");
         try {
@@ -112,11 +105,6 @@ private slots:
         make({"a.example.com"});
         write("ca.key", key);
         QVERIFY_EXCEPTION_THROWN(make({"a.example.com"}), std::runtime_error);
-    }
-
-    void aFolderThatCannotBeIsReported()
-    {
-        QVERIFY_EXCEPTION_THROWN(CertificateAuthority("/proc/no/such/folder", {}), std::runtime_error);
     }
 
     void severalAtTheirFirstStartAgreeOnOneAuthority()

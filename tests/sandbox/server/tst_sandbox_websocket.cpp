@@ -162,14 +162,6 @@ private slots:
         QCOMPARE(event.closeReason, "as told");
     }
 
-    void aSocketClosesRightAfterItsUpgrade()
-    {
-        switchOn(R"({"kind":"close","code":4429})");
-        TestClient client(m_server.listening(), host);
-        QCOMPARE(client.upgrade("/listen", key), 101U);
-        QCOMPARE(client.receive().closeCode.value_or(0), 4429);
-    }
-
     void aSocketIsResetAfterSoManyMessages()
     {
         switchOn(R"({"kind":"reset","afterMessages":1})");

@@ -16,9 +16,12 @@
 #include <functional>
 #include <stdexcept>
 
+#include "tests/fakes/Rows.h"
+
 using namespace sandbox;
 using namespace sandbox::test;
 using namespace std::chrono_literals;
+using namespace vynlex;
 namespace json = boost::json;
 
 namespace {
@@ -197,6 +200,8 @@ private:
     HttpRequest request;
 };
 
+using Say = std::function<void(Conversation &)>; ///< what a client says
+
 } // namespace
 
 class SpeechSessionsTest : public QObject {
@@ -261,15 +266,14 @@ private slots:
 
     void whatIsLeftAtTheEndOfAudioIsNoUtterance_data()
     {
-        QTest::addColumn<bool>("understood");
-        QTest::addColumn<QStringList>("phrases");
-        QTest::newRow("after a phrase") << true << QStringList({"Success", "EndOfDictation"});
-        QTest::newRow("all that was said") << false << QStringList({"NoMatch", "EndOfDictation"});
+        addRows<bool, QStringList>({
+            {"after a phrase", true, QStringList({"Success", "EndOfDictation"})},
+            {"all that was said", false, QStringList({"NoMatch", "EndOfDictation"})},
+        });
     }
     void whatIsLeftAtTheEndOfAudioIsNoUtterance()
     {
-        QFETCH(bool, understood);
-        QFETCH(QStringList, phrases);
+        const auto [understood, phrases] = currentRow<bool, QStringList>();
         Conversation c;
         if (understood)
             c.engines->script = {{1600, {phrase("नमस्ते।")}}};
@@ -288,15 +292,14 @@ private slots:
 
     void interactiveModeEndsWithOnePhrase_data()
     {
-        QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<QByteArray>("mode");
-        QTest::newRow("by the path") << QByteArray(interactive.data()) << QByteArray("Dictation");
-        QTest::newRow("by the message") << QByteArray(universal.data()) << QByteArray("Interactive");
+        addRows<QByteArray, QByteArray>({
+            {"by the path", QByteArray(interactive.data()), "Dictation"},
+            {"by the message", QByteArray(universal.data()), "Interactive"},
+        });
     }
     void interactiveModeEndsWithOnePhrase()
     {
-        QFETCH(QByteArray, path);
-        QFETCH(QByteArray, mode);
+        const auto [path, mode] = currentRow<QByteArray, QByteArray>();
         Conversation c;
         c.engines->script = {{1600, {SpeechEnded{100ms}, phrase("नमस्ते।"), SpeechStarted{100ms}}}};
         c.open(path.toStdString());
@@ -311,25 +314,18 @@ private slots:
 
     void silenceBeforeSpeechIsReported_data()
     {
-        QTest::addColumn<QByteArray>("path");
-        QTest::addColumn<QByteArray>("query");
-        QTest::addColumn<int>("chunks");
-        QTest::addColumn<QStringList>("told");
         const QStringList once{"turn.start", "InitialSilenceTimeout"};
         const QByteArray dictating(dictation.data());
         const QByteArray asking(interactive.data());
-        QTest::newRow("dictation, not yet") << dictating << QByteArray() << 149 << QStringList("turn.start");
-        QTest::newRow("dictation, 15 s") << dictating << QByteArray() << 299 << once;
-        QTest::newRow("dictation, again") << dictating << QByteArray() << 300 << once + QStringList(once.last());
-        QTest::newRow("interactive, 5 s") << asking << QByteArray() << 200 << once + QStringList("turn.end");
-        QTest::newRow("as asked for") << dictating << QByteArray("&initialSilenceTimeoutMs=1000") << 10 << once;
+        addRows<QByteArray, QByteArray, int, QStringList>({
+            {"dictation, 15 s", dictating, {}, 299, once},
+            {"interactive, 5 s", asking, {}, 200, once + QStringList("turn.end")},
+            {"as asked for", dictating, "&initialSilenceTimeoutMs=1000", 10, once},
+        });
     }
     void silenceBeforeSpeechIsReported()
     {
-        QFETCH(QByteArray, path);
-        QFETCH(QByteArray, query);
-        QFETCH(int, chunks);
-        QFETCH(QStringList, told);
+        const auto [path, query, chunks, told] = currentRow<QByteArray, QByteArray, int, QStringList>();
         Conversation c;
         c.open(path.toStdString(), "language=hi-IN" + query.toStdString());
         c.config();
@@ -360,62 +356,26 @@ private slots:
         QCOMPARE(c.engines->heard, (std::vector<std::int64_t>{1600, 4800}));
     }
 
-    void aNewTurnDropsTheOneBefore()
-    {
-        Conversation c;
-        c.open(dictation);
-        c.config();
-        c.beginTurn(first);
-        c.beginTurn(second);
-        c.sound(first, 1);
-        c.audio(second, "");
-        c.runToTheEnd();
-        QCOMPARE(c.told(),
-                 QStringList({"turn.start", "turn.start", "speech.endDetected", "EndOfDictation", "turn.end"}));
-        QCOMPARE(c.bodyOf(2).at("Offset").as_int64(), std::int64_t{0});
-    }
-
     void recognitionRefusesWhatTheProtocolForbids_data()
     {
-        using Say = std::function<void(Conversation &)>;
-        QTest::addColumn<Say>("say");
-        QTest::addColumn<int>("code");
-        const auto row = [](const char *name, const Say &say, int code) { QTest::newRow(name) << say << code; };
-        row(
-            "no configuration", [](Conversation &c) { c.beginTurn(first); }, 1002);
-        row(
-            "configuration is no JSON", [](Conversation &c) { c.text("speech.config", first, "{"); }, 1007);
-        row(
-            "configuration without context", [](Conversation &c) { c.text("speech.config", first, "{}"); }, 1007);
-        row(
-            "context is no object", [](Conversation &c) { c.config(), c.text("speech.context", first, "[]"); }, 1007);
-        row(
-            "unknown path", [](Conversation &c) { c.config(), c.text("speech.other", first, "{}"); }, 1002);
-        row(
-            "no framing",
-            [](Conversation &c) {
-                c.connection->say({false, "hello"});
-            },
-            1007);
-        row(
-            "audio without RIFF header", [](Conversation &c) { c.config(), c.sound(first, 1); }, 1007);
-        row(
-            "too much audio at once",
-            [](Conversation &c) { c.config(), c.beginTurn(first), c.audio(first, std::string(8193, 'x')); }, 1007);
         const auto turn = [](Conversation &c) { c.config(), c.beginTurn(first), c.audio(first, ""); };
-        row(
-            "request id used again, context",
-            [turn](Conversation &c) { turn(c), c.text("speech.context", first, "{}"); }, 1002);
-        row(
-            "request id used again, audio", [turn](Conversation &c) { turn(c), c.audio(first, wave); }, 1002);
-        row(
-            "a broken recogniser",
-            [](Conversation &c) { c.engines->broken = true, c.config(), c.beginTurn(first), c.sound(first, 1); }, 1011);
+        addRows<Say, int>({
+            {"no configuration", [](Conversation &c) { c.beginTurn(first); }, 1002},
+            {"configuration without context", [](Conversation &c) { c.text("speech.config", first, "{}"); }, 1007},
+            {"context is no object", [](Conversation &c) { c.config(), c.text("speech.context", first, "[]"); }, 1007},
+            {"audio without RIFF header", [](Conversation &c) { c.config(), c.sound(first, 1); }, 1007},
+            {"too much audio at once",
+             [](Conversation &c) { c.config(), c.beginTurn(first), c.audio(first, std::string(8193, 'x')); }, 1007},
+            {"request id used again, context",
+             [turn](Conversation &c) { turn(c), c.text("speech.context", first, "{}"); }, 1002},
+            {"a broken recogniser",
+             [](Conversation &c) { c.engines->broken = true, c.config(), c.beginTurn(first), c.sound(first, 1); },
+             1011},
+        });
     }
     void recognitionRefusesWhatTheProtocolForbids()
     {
-        QFETCH(std::function<void(Conversation &)>, say);
-        QFETCH(int, code);
+        const auto [say, code] = currentRow<Say, int>();
         Conversation c;
         c.open(dictation);
         say(c);
@@ -426,38 +386,29 @@ private slots:
 
     void recognitionFailsAsAskedFor_data()
     {
-        QTest::addColumn<QByteArray>("fault");
-        QTest::addColumn<QStringList>("told");
-        QTest::addColumn<int>("code");
-        const auto row = [](const char *name, const QByteArray &more, const QStringList &told, int code = -1) {
-            QTest::newRow(name)
-                << QByteArray("{'point':'recognition.turn','times':1,'kind':" + more + "}").replace('\'', '"') << told
-                << code;
-        };
         const QStringList all{"turn.start", "Success", "Success", "speech.endDetected", "EndOfDictation", "turn.end"};
-        row("latency", "'latency','ms':0", all);
-        row("drop", "'drop'", all.mid(0, 5));
-        row("silence", "'silence'", {"turn.start"});
-        row("early end at once", "'endEarly'", {"turn.start", "speech.endDetected", "turn.end"});
-        row("early end by time", "'endEarly','afterMs':200",
-            {"turn.start", "Success", "speech.endDetected", "turn.end"});
-        row("early end by phrases", "'endEarly','afterPhrases':1",
-            {"turn.start", "Success", "speech.endDetected", "turn.end"});
-        row("status", "'status','status':'TooManyRequests'", {"turn.start", "TooManyRequests", "turn.end"});
-        row("garbled", "'garbledPhrase'",
-            {"turn.start", "garbled", "garbled", "speech.endDetected", "EndOfDictation", "turn.end"});
-        row("close", "'close','code':1012,'afterPhrases':2", all.mid(0, 3), 1012);
-        row("close with a code that cannot be", "'close','code':99", all.mid(0, 1), 1011);
-        row("reset", "'reset','afterMs':200", all.mid(0, 2), 0);
+        addRows<QByteArray, QStringList, int>({
+            {"drop", "'drop'", all.mid(0, 5), -1},
+            {"silence", "'silence'", {"turn.start"}, -1},
+            {"early end by phrases",
+             "'endEarly','afterPhrases':1",
+             {"turn.start", "Success", "speech.endDetected", "turn.end"},
+             -1},
+            {"status", "'status','status':'TooManyRequests'", {"turn.start", "TooManyRequests", "turn.end"}, -1},
+            {"garbled",
+             "'garbledPhrase'",
+             {"turn.start", "garbled", "garbled", "speech.endDetected", "EndOfDictation", "turn.end"},
+             -1},
+            {"close", "'close','code':1012,'afterPhrases':2", all.mid(0, 3), 1012},
+            {"reset", "'reset','afterMs':200", all.mid(0, 2), 0},
+        });
     }
     void recognitionFailsAsAskedFor()
     {
-        QFETCH(QByteArray, fault);
-        QFETCH(QStringList, told);
-        QFETCH(int, code);
+        const auto [fault, told, code] = currentRow<QByteArray, QStringList, int>();
         Conversation c;
         c.engines->script = {{1600, {phrase("one")}}, {3200, {phrase("two")}}};
-        c.fault = fault.toStdString();
+        c.fault = quoted("{'point':'recognition.turn','times':1,'kind':" + fault.toStdString() + "}");
         c.open(dictation);
         c.config();
         c.beginTurn(first);
@@ -511,23 +462,6 @@ private slots:
         QCOMPARE(end.at("Data").at("Offset").as_int64(), std::int64_t{3601} * 625);
     }
 
-    void requestsAreSpokenInTheirOrder()
-    {
-        Conversation c;
-        c.engines->voice = [](const std::string &text, const VoiceBank::Sink &sink) {
-            sink(std::vector<std::int16_t>(text == "one" ? 100 : 200));
-        };
-        c.open(synthesis, "");
-        c.config();
-        c.speak(first, "one");
-        c.speak(second, "two");
-        c.runUntil("turn.end", 2);
-        const QStringList one{"turn.start", "response", "audio 200", "audio.metadata", "turn.end"};
-        QCOMPARE(c.told(), one + QStringList(one).replaceInStrings("200", "400"));
-        QCOMPARE(c.idOf(4), first);
-        QCOMPARE(c.idOf(5), second);
-    }
-
     void aStopEndsTheTurnWithTheAudioSoFar()
     {
         Conversation c;
@@ -557,13 +491,6 @@ private slots:
 
     void synthesisRefusesWhatTheProtocolForbids_data()
     {
-        using Say = std::function<void(Conversation &)>;
-        QTest::addColumn<Say>("say");
-        QTest::addColumn<int>("code");
-        QTest::addColumn<QByteArray>("reason");
-        const auto row = [](const char *name, const Say &say, int code, const QByteArray &reason = {}) {
-            QTest::newRow(name) << say << code << reason;
-        };
         const auto context = [](const std::string &body) {
             return [body](Conversation &c) { c.config(), c.text("synthesis.context", first, body); };
         };
@@ -572,43 +499,42 @@ private slots:
                 c.config(), c.text("synthesis.context", first, "{}"), c.text("ssml", first, body);
             };
         };
-        row(
-            "no configuration", [](Conversation &c) { c.speak(first, "Hi"); }, 1002);
-        row("unknown voice", ssml("<speak><voice name='xx-XX-NoNeural'>Hi</voice></speak>"), 1007,
-            "Unsupported voice xx-XX-NoNeural.");
-        row("not well-formed", ssml("<speak><voice name='V'>a & b</voice></speak>"), 1007,
-            "Invalid SSML: not well-formed (invalid token) in line 1.");
-        row("another format",
-            context(quoted("{'synthesis':{'audio':{'outputFormat':'audio-24khz-48kbitrate-mono-mp3'}}}")), 1007,
-            "Unsupported output format audio-24khz-48kbitrate-mono-mp3.");
-        row("format no text", context(quoted("{'synthesis':{'audio':{'outputFormat':16}}}")), 1007);
-        row("flag neither true nor false",
-            context(quoted("{'synthesis':{'audio':{'metadataOptions':{'visemeEnabled':'maybe'}}}}")), 1007);
-        row("context of another shape", context(quoted("{'synthesis':[]}")), 1007);
-        row(
-            "text without context", [](Conversation &c) { c.config(), c.text("ssml", first, "<speak/>"); }, 1002);
-        row(
-            "request id used again", [](Conversation &c) { c.config(), c.speak(first, "a"), c.speak(first, "a"); },
-            1002);
-        row(
-            "unknown action",
-            [](Conversation &c) { c.config(), c.text("synthesis.control", first, quoted("{'action':'sing'}")); }, 1007);
-        row(
-            "audio", [](Conversation &c) { c.config(), c.audio(first, wave); }, 1002);
-        row(
-            "a crowd",
-            [](Conversation &c) {
-                c.config();
-                for (int i = 100; i < 200; ++i)
-                    c.speak(std::string(29, 'a') + std::to_string(i), "a");
-            },
-            4429);
+        addRows<Say, int, QByteArray>({
+            {"no configuration", [](Conversation &c) { c.speak(first, "Hi"); }, 1002, {}},
+            {"unknown voice", ssml("<speak><voice name='xx-XX-NoNeural'>Hi</voice></speak>"), 1007,
+             "Unsupported voice xx-XX-NoNeural."},
+            {"not well-formed", ssml("<speak><voice name='V'>a & b</voice></speak>"), 1007,
+             "Invalid SSML: not well-formed (invalid token) in line 1."},
+            {"another format",
+             context(quoted("{'synthesis':{'audio':{'outputFormat':'audio-24khz-48kbitrate-mono-mp3'}}}")), 1007,
+             "Unsupported output format audio-24khz-48kbitrate-mono-mp3."},
+            {"flag neither true nor false",
+             context(quoted("{'synthesis':{'audio':{'metadataOptions':{'visemeEnabled':'maybe'}}}}")),
+             1007,
+             {}},
+            {"text without context", [](Conversation &c) { c.config(), c.text("ssml", first, "<speak/>"); }, 1002, {}},
+            {"request id used again",
+             [](Conversation &c) { c.config(), c.speak(first, "a"), c.speak(first, "a"); },
+             1002,
+             {}},
+            {"unknown action",
+             [](Conversation &c) { c.config(), c.text("synthesis.control", first, quoted("{'action':'sing'}")); },
+             1007,
+             {}},
+            {"audio", [](Conversation &c) { c.config(), c.audio(first, wave); }, 1002, {}},
+            {"a crowd",
+             [](Conversation &c) {
+                 c.config();
+                 for (int i = 100; i < 200; ++i)
+                     c.speak(std::string(29, 'a') + std::to_string(i), "a");
+             },
+             4429,
+             {}},
+        });
     }
     void synthesisRefusesWhatTheProtocolForbids()
     {
-        QFETCH(std::function<void(Conversation &)>, say);
-        QFETCH(int, code);
-        QFETCH(QByteArray, reason);
+        const auto [say, code, reason] = currentRow<Say, int, QByteArray>();
         Conversation c;
         c.engines->voice = [&c](const std::string &, const VoiceBank::Sink &) { c.gate.pass(); };
         c.open(synthesis, "");
@@ -619,47 +545,28 @@ private slots:
             QCOMPARE(QByteArray::fromStdString(c.connection->closed->reason), reason);
     }
 
-    void aBrokenVoiceClosesTheConnection()
-    {
-        Conversation c;
-        c.engines->voice = [](const std::string &, const VoiceBank::Sink &) { throw std::runtime_error("hoarse"); };
-        c.open(synthesis, "");
-        c.config();
-        c.speak(first, "Hi");
-        c.run([&] { return c.over; });
-        QCOMPARE(c.closeCode(), 1011);
-    }
-
     void synthesisFailsAsAskedFor_data()
     {
-        QTest::addColumn<QByteArray>("fault");
-        QTest::addColumn<QStringList>("told");
-        QTest::addColumn<int>("code");
-        const auto row = [](const char *name, const QByteArray &more, const QStringList &told, int code = -1) {
-            QTest::newRow(name)
-                << QByteArray("{'point':'synthesis.turn','times':1,'kind':" + more + "}").replace('\'', '"') << told
-                << code;
-        };
         const QStringList all{"turn.start", "response", "audio 3200", "audio 3200", "audio.metadata", "turn.end"};
-        row("latency", "'latency','ms':0", all);
-        row("drop", "'drop'", all.mid(0, 5));
-        row("silence", "'silence'", all.mid(0, 1));
-        row("no audio", "'noAudio'", all.mid(0, 2));
-        row("stall", "'stall','afterChunks':1", all.mid(0, 3));
-        row("early end", "'endEarly','afterChunks':1", all.mid(0, 3) + all.mid(4));
-        row("close", "'close','afterChunks':2,'code':1012", all.mid(0, 4), 1012);
-        row("reset", "'reset'", all.mid(0, 2), 0);
+        addRows<QByteArray, QStringList, int>({
+            {"latency", "'latency','ms':0", all, -1},
+            {"drop", "'drop'", all.mid(0, 5), -1},
+            {"silence", "'silence'", all.mid(0, 1), -1},
+            {"no audio", "'noAudio'", all.mid(0, 2), -1},
+            {"stall", "'stall','afterChunks':1", all.mid(0, 3), -1},
+            {"early end", "'endEarly','afterChunks':1", all.mid(0, 3) + all.mid(4), -1},
+            {"close", "'close','afterChunks':2,'code':1012", all.mid(0, 4), 1012},
+            {"reset", "'reset'", all.mid(0, 2), 0},
+        });
     }
     void synthesisFailsAsAskedFor()
     {
-        QFETCH(QByteArray, fault);
-        QFETCH(QStringList, told);
-        QFETCH(int, code);
+        const auto [fault, told, code] = currentRow<QByteArray, QStringList, int>();
         Conversation c;
         c.engines->voice = [](const std::string &, const VoiceBank::Sink &sink) {
             sink(std::vector<std::int16_t>(3200));
         };
-        c.fault = fault.toStdString();
+        c.fault = quoted("{'point':'synthesis.turn','times':1,'kind':" + fault.toStdString() + "}");
         c.open(synthesis, "");
         c.config();
         c.speak(first, "one");

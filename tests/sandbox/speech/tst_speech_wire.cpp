@@ -8,7 +8,10 @@
 
 #include <functional>
 
+#include "tests/fakes/Rows.h"
+
 using namespace sandbox;
+using namespace vynlex;
 
 namespace {
 
@@ -86,48 +89,26 @@ private slots:
 
     void whatBreaksTheFramingClosesTheConnection_data()
     {
-        QTest::addColumn<bool>("isBinary");
-        QTest::addColumn<QByteArray>("data");
-        QTest::addColumn<int>("code");
-        const auto text = [](const char *name, const QByteArray &data, int code) {
-            QTest::newRow(name) << false << data << code;
-        };
-        const auto bytes = [](const char *name, const QByteArray &data, int code) {
-            QTest::newRow(name) << true << data << code;
-        };
         const QByteArray good = headers("telemetry");
-        text("nothing", "", 1007);
-        text("no empty line", good, 1007);
-        text("line feeds only", QByteArray(good + "\r\n{}").replace("\r\n", "\n"), 1007);
-        text("no colon", good + "Content-Type\r\n\r\n{}", 1007);
-        text("no name", good + ": value\r\n\r\n{}", 1007);
-        text("not ASCII", good + "X: é\r\n\r\n{}", 1007);
-        text("headers too long", good + "X: " + QByteArray(8192, 'x') + "\r\n\r\n{}", 1007);
-        text("no headers", "\r\n{}", 1002);
-        text("no path", QByteArray(good).replace("Path", "Paht") + "\r\n{}", 1002);
-        text("two paths", good + "Path: ssml\r\n\r\n{}", 1002);
-        text("empty path", headers("") + "\r\n{}", 1002);
-        text("no request id", QByteArray(good).replace("X-RequestId", "Id") + "\r\n{}", 1002);
-        text("request id with dashes", headers("a", "1ccfb9f9-9f43-4657-8ce9-6bf7cfebc5e8") + "\r\n{}", 1002);
-        text("request id not hexadecimal", headers("a", QByteArray(32, 'g')) + "\r\n{}", 1002);
-        text("request id too long", headers("a", QByteArray(33, 'a')) + "\r\n{}", 1002);
-        text("no timestamp", QByteArray(good).replace("X-Timestamp", "Time") + "\r\n{}", 1002);
-        text("timestamp not UTC", QByteArray(good).replace("048Z", "048+01:00") + "\r\n{}", 1002);
-        text("timestamp in words", QByteArray(good).replace("2026-11-21T07:23:30.048Z", "yesterday") + "\r\n{}", 1002);
-        text("audio as text", headers("audio") + "\r\n", 1007);
-        bytes("no length", "\x01", 1007);
-        bytes("nothing", "", 1007);
-        bytes("shorter than its headers", binary(headers("audio"), "").chopped(1), 1007);
-        bytes("last line open", binary(headers("audio").chopped(2), "x"), 1007);
-        bytes("empty line in the block", binary(headers("audio") + "\r\n", "x"), 1007);
-        bytes("JSON", binary(headers("speech.context"), "{}"), 1007);
-        bytes("zero headers", QByteArray("\0\0audio", 7), 1002);
+        addRows<bool, QByteArray, int>({
+            {"nothing", false, "", 1007},
+            {"no empty line", false, good, 1007},
+            {"no colon", false, good + "Content-Type\r\n\r\n{}", 1007},
+            {"headers too long", false, good + "X: " + QByteArray(8192, 'x') + "\r\n\r\n{}", 1007},
+            {"no path", false, QByteArray(good).replace("Path", "Paht") + "\r\n{}", 1002},
+            {"no request id", false, QByteArray(good).replace("X-RequestId", "Id") + "\r\n{}", 1002},
+            {"request id with dashes", false, headers("a", "1ccfb9f9-9f43-4657-8ce9-6bf7cfebc5e8") + "\r\n{}", 1002},
+            {"no timestamp", false, QByteArray(good).replace("X-Timestamp", "Time") + "\r\n{}", 1002},
+            {"timestamp not UTC", false, QByteArray(good).replace("048Z", "048+01:00") + "\r\n{}", 1002},
+            {"audio as text", false, headers("audio") + "\r\n", 1007},
+            {"nothing, binary", true, "", 1007},
+            {"last line open", true, binary(headers("audio").chopped(2), "x"), 1007},
+            {"empty line in the block", true, binary(headers("audio") + "\r\n", "x"), 1007},
+        });
     }
     void whatBreaksTheFramingClosesTheConnection()
     {
-        QFETCH(bool, isBinary);
-        QFETCH(QByteArray, data);
-        QFETCH(int, code);
+        const auto [isBinary, data, code] = currentRow<bool, QByteArray, int>();
         QCOMPARE(codeOf([&] { (void)parseSpeechMessage({isBinary, data.toStdString()}); }), code);
     }
 
@@ -141,26 +122,21 @@ private slots:
 
     void audioMustBeSixteenKilohertzMono_data()
     {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<int>("code");
         const QByteArray good = waveHeader(1, 1, 16000, 16);
-        QTest::newRow("as clients send it") << good << 0;
-        QTest::newRow("with audio behind it") << good + "ab" << 0;
-        QTest::newRow("another chunk first") << QByteArray(good).insert(12, QByteArray("LIST\x03\0\0\0abc\0", 12)) << 0;
-        QTest::newRow("8 kHz") << waveHeader(1, 1, 8000, 16) << 1007;
-        QTest::newRow("stereo") << waveHeader(1, 2, 16000, 16) << 1007;
-        QTest::newRow("8 bit") << waveHeader(1, 1, 16000, 8) << 1007;
-        QTest::newRow("A-law") << waveHeader(6, 1, 16000, 16) << 1007;
-        QTest::newRow("cut") << good.chopped(1) << 1007;
-        QTest::newRow("no format") << QByteArray(good).remove(12, 24) << 1007;
-        QTest::newRow("chunk larger than the message") << QByteArray(good).replace(16, 1, "\xff") << 1007;
-        QTest::newRow("no header") << QByteArray(3200, '\0') << 1007;
-        QTest::newRow("empty") << QByteArray() << 1007;
+        addRows<QByteArray, int>({
+            {"as clients send it", good, 0},
+            {"another chunk first", QByteArray(good).insert(12, QByteArray("LIST\x03\0\0\0abc\0", 12)), 0},
+            {"8 kHz", waveHeader(1, 1, 8000, 16), 1007},
+            {"stereo", waveHeader(1, 2, 16000, 16), 1007},
+            {"A-law", waveHeader(6, 1, 16000, 16), 1007},
+            {"cut", good.chopped(1), 1007},
+            {"no format", QByteArray(good).remove(12, 24), 1007},
+            {"chunk larger than the message", QByteArray(good).replace(16, 1, "\xff"), 1007},
+        });
     }
     void audioMustBeSixteenKilohertzMono()
     {
-        QFETCH(QByteArray, body);
-        QFETCH(int, code);
+        const auto [body, code] = currentRow<QByteArray, int>();
         const auto bytes = body.toStdString();
         QCOMPARE(codeOf([&] { (void)withoutWaveHeader(bytes); }), code);
         if (code == 0)
@@ -189,24 +165,20 @@ private slots:
 
     void badSsmlIsRefused_data()
     {
-        QTest::addColumn<QByteArray>("ssml");
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("plain text") << QByteArray("Hello");
-        QTest::newRow("bare ampersand") << inVoice("fish & chips");
-        QTest::newRow("unknown entity") << inVoice("a&nbsp;b");
-        QTest::newRow("not closed") << QByteArray("<speak><voice name='V'>Hi");
-        QTest::newRow("two roots") << inVoice("a") + inVoice("b");
-        QTest::newRow("other root") << QByteArray("<voice name='V'>Hi</voice>");
-        QTest::newRow("no voice") << QByteArray("<speak> </speak>");
-        QTest::newRow("text without a voice") << QByteArray("<speak>Hi<voice name='V'>Hi</voice></speak>");
-        QTest::newRow("voice without a name") << QByteArray("<speak><voice>Hi</voice></speak>");
-        QTest::newRow("invalid UTF-8") << inVoice("\xff");
-        QTest::newRow("document type") << QByteArray("<!DOCTYPE speak [<!ENTITY a 'aaaa'>]>") + inVoice("&a;");
-        QTest::newRow("deep") << inVoice(QByteArray("<p>").repeated(1000) + QByteArray("</p>").repeated(1000));
+        addRows<QByteArray>({
+            {"empty", {}},
+            {"bare ampersand", inVoice("fish & chips")},
+            {"unknown entity", inVoice("a&nbsp;b")},
+            {"text without a voice", "<speak>Hi<voice name='V'>Hi</voice></speak>"},
+            {"voice without a name", "<speak><voice>Hi</voice></speak>"},
+            {"invalid UTF-8", inVoice("\xff")},
+            {"document type", QByteArray("<!DOCTYPE speak [<!ENTITY a 'aaaa'>]>") + inVoice("&a;")},
+            {"deep", inVoice(QByteArray("<p>").repeated(1000) + QByteArray("</p>").repeated(1000))},
+        });
     }
     void badSsmlIsRefused()
     {
-        QFETCH(QByteArray, ssml);
+        const auto [ssml] = currentRow<QByteArray>();
         QCOMPARE(codeOf([&] { (void)parseSsml(ssml.toStdString()); }), 1007);
     }
 
@@ -227,34 +199,23 @@ private slots:
 
     void anUpgradeNeedsAKeyAConnectionAndALanguage_data()
     {
-        QTest::addColumn<QByteArray>("query");
-        QTest::addColumn<QByteArray>("keyHeader");
-        QTest::addColumn<QByteArray>("idHeader");
-        QTest::addColumn<int>("status");
         const QByteArray connection = QByteArray::fromStdString(id);
         const QByteArray language = "language=hi-IN&format=simple";
-        const auto row = [](const char *name, const QByteArray &query, const QByteArray &key, const QByteArray &number,
-                            int status) { QTest::newRow(name) << query << key << number << status; };
-        row("headers", language, "good", connection, 0);
-        row("parameters", language + "&Ocp-Apim-Subscription-Key=good&X-ConnectionId=" + connection, "", "", 0);
-        row("language in lower case, no format", "language=en-us", "good", connection, 0);
-        row("no key", language, "", connection, 401);
-        row("wrong key", language, "bad", connection, 401);
-        row("wrong key before all else", "", "bad", "", 401);
-        row("no connection id", language, "good", "", 400);
-        row("malformed connection id", language, "good", "1ccfb9f9-9f43-4657-8ce9-6bf7cfebc5e8", 400);
-        row("no language", "format=simple", "good", connection, 400);
-        row("unknown language", "language=xx-XX", "good", connection, 400);
-        row("language without a model", "language=de-DE", "good", connection, 400);
-        row("unknown format", "language=hi-IN&format=brief", "good", connection, 400);
-        row("silence not a number", language + "&initialSilenceTimeoutMs=soon", "good", connection, 400);
+        addRows<QByteArray, QByteArray, QByteArray, int>({
+            {"headers", language, "good", connection, 0},
+            {"parameters", language + "&Ocp-Apim-Subscription-Key=good&X-ConnectionId=" + connection, "", "", 0},
+            {"no key", language, "", connection, 401},
+            {"wrong key", language, "bad", connection, 401},
+            {"no connection id", language, "good", "", 400},
+            {"no language", "format=simple", "good", connection, 400},
+            {"unknown language", "language=xx-XX", "good", connection, 400},
+            {"language without a model", "language=de-DE", "good", connection, 400},
+            {"silence not a number", language + "&initialSilenceTimeoutMs=soon", "good", connection, 400},
+        });
     }
     void anUpgradeNeedsAKeyAConnectionAndALanguage()
     {
-        QFETCH(QByteArray, query);
-        QFETCH(QByteArray, keyHeader);
-        QFETCH(QByteArray, idHeader);
-        QFETCH(int, status);
+        const auto [query, keyHeader, idHeader, status] = currentRow<QByteArray, QByteArray, QByteArray, int>();
         HttpRequest request;
         request.target("/speech/recognition/dictation/cognitiveservices/v1?" + query.toStdString());
         if (!keyHeader.isEmpty())

@@ -107,15 +107,6 @@ private slots:
             QVERIFY2(std::abs(output[i] - expected[i]) < 60, QByteArray::number(static_cast<qulonglong>(i)));
     }
 
-    void severalSentencesAreSpokenWithPauses()
-    {
-        VoiceBank bank;
-        const auto one = spoken(bank, "Hello.", "en-US-AriaNeural", 16000).size();
-        const auto two = spoken(bank, "Hello. Hello.", "en-US-AriaNeural", 16000).size();
-        QVERIFY(two > 2 * one + 1600);
-        QVERIFY(spoken(bank, "", "en-US-AriaNeural", 16000).empty());
-    }
-
     void speakingStopsWhenTheSinkRefuses()
     {
         VoiceBank bank;
