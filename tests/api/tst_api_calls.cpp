@@ -9,6 +9,7 @@
 #include "api/VLApiManager.h"
 #include "api/VLNetworkClient.h"
 #include "tests/fakes/OpenApiContract.h"
+#include "tests/fakes/Rows.h"
 #include "tests/fakes/Suite.h"
 #include "tests/fakes/TestPlatform.h"
 
@@ -325,60 +326,42 @@ private slots:
 
     void errorsAreToldInTheProductsWords_data()
     {
-        QTest::addColumn<VLApiRequestError>("error");
-        QTest::addColumn<QString>("text");
-        const auto row = [](const char *name, const VLApiRequestError &error, const char *text) {
-            QTest::newRow(name) << error << text;
-        };
-        row("network", VLApiRequestError::networkFailure({}), "Please check your internet connection.");
-        row("decode", VLApiRequestError::decodeFailure(u"x"_s), "Invalid API Response. +");
-        row("api", VLApiRequestError::failedApi({}, 400), "Unknown Error");
-        row("url", Case::invalidUrlRequest, "Invalid URL Request +");
-        row("data", Case::invalidData, "Invalid Response Data. +");
-        row("no data", Case::noData, "Server did not return any Data. +");
-        row("response", Case::invalidResponse, "Server did not repsonse. +");
-        row("server", Case::serverError, "Server Error. Please try again after sometime. +");
-        row("unknown", Case::unKnown, "Undefined Error. +");
+        addRows<VLApiRequestError, QString>({
+            {"network", VLApiRequestError::networkFailure({}), "Please check your internet connection."},
+            {"decode", VLApiRequestError::decodeFailure(u"x"_s), "Invalid API Response. +"},
+            {"api", VLApiRequestError::failedApi({}, 400), "Unknown Error"},
+            {"url", Case::invalidUrlRequest, "Invalid URL Request +"},
+            {"data", Case::invalidData, "Invalid Response Data. +"},
+            {"no data", Case::noData, "Server did not return any Data. +"},
+            {"response", Case::invalidResponse, "Server did not repsonse. +"},
+            {"server", Case::serverError, "Server Error. Please try again after sometime. +"},
+            {"unknown", Case::unKnown, "Undefined Error. +"},
+        });
     }
     void errorsAreToldInTheProductsWords()
     {
-        QFETCH(const VLApiRequestError, error);
-        QFETCH(QString, text);
+        auto [error, text] = currentRow<VLApiRequestError, QString>();
         QCOMPARE(error.errorMessage(u"+"_s), text);
         QCOMPARE(error.errorMessage(), text.remove(u'+'));
     }
 
     void anErrorBodyHasATextAndACode_data()
     {
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("code");
-        const auto row = [](const char *name, int status, const char *body, const char *text, const char *code) {
-            QTest::newRow(name) << status << QByteArray(body) << text << code;
-        };
-        row("errors", 403, R"({"message":"X","errors":"Y"})", "Y", "X");
-        row("waiting", 467, R"({"message":"X","errors":"Y"})", "Y", "WAITING_ROOM_REJECTED");
-        row("errors first", 400, R"({"errors":"Y","errorsArray":[{"message":"Bad"}]})", "Y", "");
-        row("first of array", 400, R"({"message":7,"errors":7,"errorsArray":[{"message":"Bad"},{"message":"Z"}]})",
-            "Bad", "");
-        row("without a message", 400, R"({"errorsArray":[{"message":1}]})", "", "");
-        row("empty array", 400, R"({"message":"X","errorsArray":[]})", "Unknown Error", "X");
-        row("array of texts", 400, R"({"errorsArray":["Bad"]})", "Unknown Error", "");
-        row("object instead of an array", 400, R"({"errorsArray":{"message":"Bad"}})", "Unknown Error", "");
-        row("no object", 467, R"([{"errors":"Y"}])", "Unknown Error", "UNKNOWN_ERROR");
-        row("a lone text", 400, R"("Bad")", "Unknown Error", "UNKNOWN_ERROR");
-        row("a lone number", 400, " 42\n", "Unknown Error", "UNKNOWN_ERROR");
-        row("not JSON", 400, "<html>", "illegal value", "UNKNOWN_ERROR");
-        row("nothing", 400, "", "illegal value", "UNKNOWN_ERROR");
-        row("cut off", 400, R"({"message":)", "unterminated object", "UNKNOWN_ERROR");
+        addRows<int, QByteArray, QString, QString>({
+            {"errors", 403, R"({"message":"X","errors":"Y"})", "Y", "X"},
+            {"waiting", 467, R"({"message":"X","errors":"Y"})", "Y", "WAITING_ROOM_REJECTED"},
+            {"errors first", 400, R"({"errors":"Y","errorsArray":[{"message":"Bad"}]})", "Y", ""},
+            {"first of array", 400, R"({"message":7,"errors":7,"errorsArray":[{"message":"Bad"},{"message":"Z"}]})",
+             "Bad", ""},
+            {"empty array", 400, R"({"message":"X","errorsArray":[]})", "Unknown Error", "X"},
+            {"no object", 467, R"([{"errors":"Y"}])", "Unknown Error", "UNKNOWN_ERROR"},
+            {"a lone text", 400, R"("Bad")", "Unknown Error", "UNKNOWN_ERROR"},
+            {"not JSON", 400, "<html>", "illegal value", "UNKNOWN_ERROR"},
+        });
     }
     void anErrorBodyHasATextAndACode()
     {
-        QFETCH(const int, status);
-        QFETCH(const QByteArray, body);
-        QFETCH(const QString, text);
-        QFETCH(const QString, code);
+        const auto [status, body, text, code] = currentRow<int, QByteArray, QString, QString>();
         const auto read = VLApiRequestError::serverErrorText(body, status);
         QCOMPARE(read.text, text);
         QCOMPARE(read.code, code);

@@ -1,4 +1,5 @@
 #include "tests/fakes/OpenApiContract.h"
+#include "tests/fakes/Rows.h"
 
 #include <QTest>
 
@@ -55,48 +56,35 @@ private slots:
 
     void aRequestIsHeldAgainstTheDocument_data()
     {
-        QTest::addColumn<QByteArray>("method");
-        QTest::addColumn<QString>("target"); // with the query
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("violation");
-
-        const auto put = [](const char *name, const QByteArray &body, const char *violation) {
-            QTest::newRow(name) << QByteArray("PUT") << "/api/contacts/append" << body << violation;
-        };
-        put("upload", goodUpload, "");
-        put("a number not of digits", replaced(goodUpload, "919825012345", "+91 98250"), "body.contacts[0].phoneNo: ");
-        put("a number that is a number", replaced(goodUpload, R"("919825012345")", "98250"),
-            "body.contacts[0].phoneNo: expected string");
-        put("a key too many", replaced(goodUpload, R"("name":"",)", R"("name":"","lname":"",)"),
-            "body.contacts[1].lname: is not in the document");
-        put("a key missing", replaced(goodUpload, R"("name":"",)", ""), "body.contacts[1].name: is missing");
-        put("no body", "", "body: is missing");
-        put("not JSON", "contacts=1", "body: not a JSON");
-
-        const auto get = [](const char *name, const char *target, const char *violation) {
-            QTest::newRow(name) << QByteArray("GET") << target << QByteArray() << violation;
-        };
-        get("calls", "/api/calls?limit=200&offset=0&callCategory=one_to_one_call,group_call", "");
-        get("limit too high", "/api/calls?limit=201&offset=0&callCategory=group_call", "query limit: 201 is above");
-        get("limit of no number", "/api/calls?limit=many&offset=0&callCategory=group_call", "query limit: expected");
-        get("unknown category", "/api/calls?limit=1&offset=0&callCategory=group_call,video", "query callCategory[1]: ");
-        get("no category", "/api/calls?limit=1&offset=0", "query callCategory: is missing");
-        get("a parameter twice", "/api/calls?limit=1&limit=1&offset=0&callCategory=group_call", "query limit: stands");
-        get("unknown parameter", "/api/contacts/all?page=2", "query page: is not in the document");
-        get("messages", "/api/chat/thread/64ab/messages?limit=150&offset=0", "");
-        get("messages of no thread", "/api/chat/thread//messages?limit=150&offset=0", "path threadId: ");
-        get("unknown path", "/api/chat/threads", "path: ");
-        get("base path missing", "/contacts/all", "path: ");
-        QTest::newRow("lower-case method") << QByteArray("get") << "/api/contacts/all" << QByteArray() << "method: ";
-        QTest::newRow("other method") << QByteArray("DELETE") << "/api/contacts/all" << QByteArray() << "method: ";
-        QTest::newRow("body of a GET") << QByteArray("GET") << "/api/contacts/all" << QByteArray("{}") << "body: none";
+        addRows<QByteArray, QString, QByteArray, QString>({
+            {"upload", "PUT", "/api/contacts/append", goodUpload, ""},
+            {"a number not of digits", "PUT", "/api/contacts/append", replaced(goodUpload, "919825012345", "+91 98250"),
+             "body.contacts[0].phoneNo: "},
+            {"a key too many", "PUT", "/api/contacts/append",
+             replaced(goodUpload, R"("name":"",)", R"("name":"","lname":"",)"),
+             "body.contacts[1].lname: is not in the document"},
+            {"a key missing", "PUT", "/api/contacts/append", replaced(goodUpload, R"("name":"",)", ""),
+             "body.contacts[1].name: is missing"},
+            {"calls", "GET", "/api/calls?limit=200&offset=0&callCategory=one_to_one_call,group_call", {}, ""},
+            {"limit too high",
+             "GET",
+             "/api/calls?limit=201&offset=0&callCategory=group_call",
+             {},
+             "query limit: 201 is above"},
+            {"unknown category",
+             "GET",
+             "/api/calls?limit=1&offset=0&callCategory=group_call,video",
+             {},
+             "query callCategory[1]: "},
+            {"unknown parameter", "GET", "/api/contacts/all?page=2", {}, "query page: is not in the document"},
+            {"unknown path", "GET", "/api/chat/threads", {}, "path: "},
+            {"other method", "DELETE", "/api/contacts/all", {}, "method: "},
+            {"body of a GET", "GET", "/api/contacts/all", "{}", "body: none"},
+        });
     }
     void aRequestIsHeldAgainstTheDocument()
     {
-        QFETCH(QByteArray, method);
-        QFETCH(QString, target);
-        QFETCH(QByteArray, body);
-        QFETCH(QString, violation);
+        const auto [method, target, body, violation] = currentRow<QByteArray, QString, QByteArray, QString>();
         OpenApiContract::Query query;
         for (const QString &pair : target.section('?', 1).split('&', Qt::SkipEmptyParts))
             query << std::pair(pair.section('=', 0, 0), pair.section('=', 1));
@@ -125,26 +113,16 @@ private slots:
 
     void anAnswerIsHeldAgainstTheDocument_data()
     {
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QString>("violation");
-        QTest::newRow("a message") << 200 << goodMessage << "";
-        QTest::newRow("other form of time") << 200 << replaced(goodMessage, ".000+0000", "Z") << "body: fits 0";
-        QTest::newRow("a form of neither kind")
-            << 200 << replaced(goodMessage, R"("message",)", R"("system",)") << "body: fits 0";
-        QTest::newRow("an error") << 403 << QByteArray(R"({"message":"FORBIDDEN","errors":"No."})") << "";
-        QTest::newRow("a code of another status")
-            << 403 << QByteArray(R"({"message":"NOT_FOUND","errors":"No."})") << "body.message: ";
-        QTest::newRow("both forms of errors")
-            << 400 << QByteArray(R"({"message":"VALIDATION_ERROR","errors":"x","errorsArray":[]})") << "body: fits 0";
-        QTest::newRow("unknown status") << 299 << goodMessage << "status: 299";
-        QTest::newRow("empty") << 200 << QByteArray() << "body: ";
+        addRows<int, QByteArray, QString>({
+            {"a message", 200, goodMessage, ""},
+            {"other form of time", 200, replaced(goodMessage, ".000+0000", "Z"), "body: fits 0"},
+            {"a code of another status", 403, R"({"message":"NOT_FOUND","errors":"No."})", "body.message: "},
+            {"unknown status", 299, goodMessage, "status: 299"},
+        });
     }
     void anAnswerIsHeldAgainstTheDocument()
     {
-        QFETCH(int, status);
-        QFETCH(QByteArray, body);
-        QFETCH(QString, violation);
+        const auto [status, body, violation] = currentRow<int, QByteArray, QString>();
         compare(m_contract.violationsOfAnswer("POST", "/api/chat/thread/t/messages", status, body), violation);
     }
 };

@@ -7,6 +7,7 @@
 #include "platform/ui/ResourceBundle.h"
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Rows.h"
 #include "tests/fakes/Suite.h"
 #include "tests/fakes/TestPlatform.h"
 
@@ -275,13 +276,11 @@ private slots:
 
     void aFailedTranslationIsAConsoleLine_data()
     {
-        QTest::addColumn<bool>("transportFails");
-        QTest::newRow("the transport fails") << true;
-        QTest::newRow("the service answers with an error") << false;
+        addRows<bool>({{"the transport fails", true}, {"the service answers with an error", false}});
     }
     void aFailedTranslationIsAConsoleLine()
     {
-        QFETCH(bool, transportFails);
+        const auto [transportFails] = currentRow<bool>();
         const CapturedConsole console;
         QVERIFY(say(Side::Speaker, u"He said \"hello\""_s));
         if (transportFails)
@@ -479,14 +478,6 @@ private slots:
         TRY_VERIFY(!speech().lastUtterance().isSpeaking());
         m_platform->clock->advance(1min);
         QCOMPARE(m_platform->clock->runningTimers(), 0U);
-    }
-
-    void theStoryboardHoldsTheTwoScreens()
-    {
-        const auto conversation = translationStoryboard().instantiateViewController(u"ConversationTranslateVC"_s);
-        QVERIFY(std::dynamic_pointer_cast<ConversationTranslateVC>(conversation));
-        const auto info = translationStoryboard().instantiateViewController(u"TranslateInfoViewController"_s);
-        QVERIFY(std::dynamic_pointer_cast<TranslateInfoViewController>(info));
     }
 };
 

@@ -2,6 +2,7 @@
 #include "language/LanguageTranslation.h"
 #include "platform/ui/ResourceBundle.h"
 #include "platform/ui/ScreenWindow.h"
+#include "tests/fakes/Rows.h"
 #include "tests/fakes/Suite.h"
 #include "tests/fakes/TestPlatform.h"
 
@@ -61,18 +62,15 @@ private slots:
 
     void aChosenRowIsStoredToldAndMarked_data()
     {
-        QTest::addColumn<bool>("speaker");
-        QTest::addColumn<int>("row");
-        QTest::addColumn<QString>("key");
-        QTest::newRow("speaker") << true << 4 << u"SpeakerLanguage"_s;
-        QTest::newRow("listener") << false << 2 << u"ListenerLanguage"_s;
-        QTest::newRow("the one that is chosen already") << false << 1 << u"ListenerLanguage"_s;
+        addRows<bool, int, QString>({
+            {"speaker", true, 4, u"SpeakerLanguage"_s},
+            {"listener", false, 2, u"ListenerLanguage"_s},
+            {"the one that is chosen already", false, 1, u"ListenerLanguage"_s},
+        });
     }
     void aChosenRowIsStoredToldAndMarked()
     {
-        QFETCH(bool, speaker);
-        QFETCH(int, row);
-        QFETCH(QString, key);
+        const auto [speaker, row, key] = currentRow<bool, int, QString>();
         const auto view = picker(speaker ? Side::Speaker : Side::Listener);
         std::vector<LanguageOption> told;
         std::optional<QString> storedWhenTold;
@@ -125,14 +123,11 @@ private slots:
 
     void hidingEndsAfterTheSpring_data()
     {
-        QTest::addColumn<int>("way");
-        QTest::newRow("close button") << 0;
-        QTest::newRow("tap beside the sheet") << 1;
-        QTest::newRow("drag") << 2;
+        addRows<int>({{"close button", 0}, {"tap beside the sheet", 1}, {"drag", 2}});
     }
     void hidingEndsAfterTheSpring()
     {
-        QFETCH(int, way);
+        const auto [way] = currentRow<int>();
         const auto view = picker(Side::Speaker);
         QSignalSpy removed(view.get(), &LanguageSelectionView::removedFromSuperview);
         view->show();
@@ -173,17 +168,16 @@ private slots:
 
     void halfTheHeightClosesLessSpringsBack_data()
     {
-        QTest::addColumn<double>("translation");
-        QTest::addColumn<bool>("closes");
-        QTest::newRow("less") << 203.4 << false;
-        QTest::newRow("half") << 203.5 << true;
-        QTest::newRow("more") << 300.0 << true;
-        QTest::newRow("upwards") << -300.0 << false;
+        addRows<double, bool>({
+            {"less", 203.4, false},
+            {"half", 203.5, true},
+            {"more", 300.0, true},
+            {"upwards", -300.0, false},
+        });
     }
     void halfTheHeightClosesLessSpringsBack()
     {
-        QFETCH(double, translation);
-        QFETCH(bool, closes);
+        const auto [translation, closes] = currentRow<double, bool>();
         const auto view = picker(Side::Speaker);
         view->show();
         view->dragChanged(translation);

@@ -2,6 +2,7 @@
 
 #include "language/LanguageTranslation.h"
 #include "tests/fakes/MemoryUserDefaults.h"
+#include "tests/fakes/Rows.h"
 
 using namespace Qt::StringLiterals;
 using namespace vynlex;
@@ -18,31 +19,22 @@ private slots:
 
     void aSideSpeaksItsStoredLanguageOrItsDefault_data()
     {
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<QString>("speakerCode");
-        QTest::addColumn<QString>("listenerCode");
-        QTest::newRow("fresh installation") << QString() << "en"
-                                            << "hi";
-        QTest::newRow("lower case matches nothing") << u"english"_s << "en"
-                                                    << "hi";
-        QTest::newRow("Latin letters match nothing") << u"Hindi"_s << "en"
-                                                     << "hi";
-        QTest::newRow("a blank is not trimmed") << u"తెలుగు "_s << "en"
-                                                << "hi";
-        QTest::newRow("Telugu") << u"తెలుగు"_s << "te"
-                                << "te";
-        QTest::newRow("English, also for the listener") << u"English"_s << "en"
-                                                        << "en";
+        addRows<QString, QString, QString>({
+            {"fresh installation", {}, "en", "hi"},
+            {"Latin letters match nothing", u"Hindi"_s, "en", "hi"},
+            {"Telugu", u"తెలుగు"_s, "te", "te"},
+            {"English, also for the listener", u"English"_s, "en", "en"},
+        });
     }
     void aSideSpeaksItsStoredLanguageOrItsDefault()
     {
-        QFETCH(const QString, stored);
+        const auto [stored, speakerCode, listenerCode] = currentRow<QString, QString, QString>();
         if (!stored.isNull()) {
             m_store->setString(u"SpeakerLanguage"_s, stored);
             m_store->setString(u"ListenerLanguage"_s, stored);
         }
-        QTEST(m_languages->translatorCode(Side::Speaker), "speakerCode");
-        QTEST(m_languages->translatorCode(Side::Listener), "listenerCode");
+        QCOMPARE(m_languages->translatorCode(Side::Speaker), speakerCode);
+        QCOMPARE(m_languages->translatorCode(Side::Listener), listenerCode);
     }
 
     void everyColumnComesFromTheStoredRow()

@@ -9,6 +9,7 @@
 #include "reachability/Reachability.h"
 #include "reachability/ReachabilityNote.h"
 #include "tests/fakes/CapturedConsole.h"
+#include "tests/fakes/Rows.h"
 #include "tests/fakes/TestPlatform.h"
 
 using namespace vynlex;
@@ -59,21 +60,19 @@ private slots:
 
     void theConnectionKindFollowsTheFlags_data()
     {
-        QTest::addColumn<quint32>("flags");
-        QTest::addColumn<bool>("allowsCellular");
-        QTest::addColumn<int>("kind");
         using Kind = Reachability::Connection;
-        QTest::newRow("nothing") << none << true << int(Kind::unavailable);
-        QTest::newRow("wwan without reachable") << reachabilityFlag::wwan << true << int(Kind::unavailable);
-        QTest::newRow("cellular") << cellular << true << int(Kind::cellular);
-        QTest::newRow("cellular, not allowed") << cellular << false << int(Kind::unavailable);
-        QTest::newRow("wifi") << wifi << false << int(Kind::wifi);
-        QTest::newRow("unknown bits beside") << (wifi | 1U | 1U << 31) << true << int(Kind::wifi);
+        addRows<quint32, bool, int>({
+            {"nothing", none, true, int(Kind::unavailable)},
+            {"wwan without reachable", reachabilityFlag::wwan, true, int(Kind::unavailable)},
+            {"cellular", cellular, true, int(Kind::cellular)},
+            {"cellular, not allowed", cellular, false, int(Kind::unavailable)},
+            {"wifi", wifi, false, int(Kind::wifi)},
+            {"unknown bits beside", (wifi | 1U | 1U << 31), true, int(Kind::wifi)},
+        });
     }
     void theConnectionKindFollowsTheFlags()
     {
-        QFETCH(quint32, flags);
-        QFETCH(bool, allowsCellular);
+        const auto [flags, allowsCellular, kind] = currentRow<quint32, bool, int>();
         const auto reachability = *Reachability::create(m_path->makeSource());
         QVERIFY(!reachability->flags() && reachability->connection() == Reachability::Connection::unavailable);
         QCOMPARE(description(reachability->flags()), QString("unavailable flags"));
@@ -81,7 +80,7 @@ private slots:
         reachability->allowsCellularConnection = allowsCellular;
         m_path->set(flags);
         QVERIFY(reachability->readFlags());
-        QTEST(int(reachability->connection()), "kind");
+        QCOMPARE(int(reachability->connection()), kind);
         QVERIFY(description(reachability->flags()) != "unavailable flags");
     }
 

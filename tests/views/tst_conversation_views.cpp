@@ -1,4 +1,5 @@
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Rows.h"
 #include "tests/views/ConversationStage.h"
 
 #include <QAccessible>
@@ -121,14 +122,6 @@ private slots:
         QVERIFY(theirs->mapToScene({0, 0}).y() < ours->mapToScene({0, 0}).y());
     }
 
-    void aPromptLooksOtherThanWhatWasSaid()
-    {
-        ConversationStage stage(m_phone);
-        const QColor prompt = stage.probe.showing(englishPrompt)->property("color").value<QColor>();
-        QVERIFY(stage.say(Side::Speaker, question));
-        QVERIFY(prompt != stage.probe.showing(question)->property("color").value<QColor>());
-    }
-
     void twoPeopleConverseByTouch()
     {
         ConversationStage stage(m_phone);
@@ -221,39 +214,13 @@ private slots:
         QVERIFY(stage.probe.controlNames().contains(u"Back"_s));
     }
 
-    void thePickerSpringsInPastItsPlace()
-    {
-        qreal highest = 0;
-        qreal rest = 0;
-        // A busy machine may miss the part of the movement that is looked for, but not ten times.
-        for (int attempt = 0; attempt < 10 && highest >= rest; ++attempt) {
-            ConversationStage stage(m_phone);
-            QVERIFY(stage.press(u"Speaker language: English"_s));
-            QQuickItem *const row = stage.probe.named(u"English"_s);
-            QVERIFY(row);
-            highest = stage.window.height();
-            QVERIFY(eventually([&] {
-                highest = std::min(highest, row->mapToScene({0, 0}).y());
-                return !stage.probe.named(u"Translate from"_s)->property("moving").toBool();
-            }));
-            rest = row->mapToScene({0, 0}).y();
-            QCOMPARE(rest, stage.window.height() - stage.screen->languageSelectionView()->sheetHeight() + 63);
-        }
-        QVERIFY2(highest < rest, "a spring with damping 0.7 overshoots");
-    }
-
     void thePickerFollowsTheFingerAndClosesWhenDraggedHalfway_data()
     {
-        QTest::addColumn<int>("by");
-        QTest::addColumn<bool>("closes");
-        QTest::newRow("up") << -200 << false;
-        QTest::newRow("a little") << 120 << false;
-        QTest::newRow("most of it") << 320 << true;
+        addRows<int, bool>({{"up", -200, false}, {"a little", 120, false}, {"most of it", 320, true}});
     }
     void thePickerFollowsTheFingerAndClosesWhenDraggedHalfway()
     {
-        QFETCH(int, by);
-        QFETCH(bool, closes);
+        const auto [by, closes] = currentRow<int, bool>();
         ConversationStage stage(m_phone);
         QVERIFY(scene(u"picker-from"_s).play(stage));
         QQuickItem *const row = stage.probe.named(u"मराठी"_s);
@@ -264,17 +231,6 @@ private slots:
         QVERIFY(stage.settle());
         if (!closes)
             QCOMPARE(row->mapToScene(row->boundingRect().center()).toPoint(), grip);
-    }
-
-    void theInformationPageComesAndGoes()
-    {
-        ConversationStage stage(m_phone);
-        QVERIFY(scene(u"information"_s).play(stage));
-        QVERIFY(stage.probe.showing(u"How it works"_s));
-        QCOMPARE(stage.probe.controlNames(), QStringList(u"Close"_s));
-        QVERIFY(stage.press(u"Close"_s));
-        TRY_VERIFY(!stage.probe.showing(u"How it works"_s));
-        QVERIFY(stage.probe.controlNames().contains(u"Back"_s));
     }
 
     void anAlertLiesOverTheScreenAndGivesItBack()

@@ -3,6 +3,7 @@
 #include "platform/ui/ScreenHost.h"
 #include "platform/ui/ScreenWindow.h"
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Rows.h"
 #include "tests/views/ViewProbe.h"
 
 #include <QQmlComponent>
@@ -183,17 +184,14 @@ private slots:
 
     void anAlertSaysItsMessageAndGoesWhenAnswered_data()
     {
-        QTest::addColumn<QSize>("size");
-        QTest::addColumn<qreal>("scale");
-        QTest::newRow("phone") << QSize(390, 844) << 1.0;
-        QTest::newRow("small phone, large type") << QSize(320, 568) << 1.5;
-        QTest::newRow("landscape, large type") << QSize(844, 390) << 1.5;
-        QTest::newRow("tablet") << QSize(768, 1024) << 1.0;
+        addRows<QSize, qreal>({
+            {"small phone, large type", QSize(320, 568), 1.5},
+            {"landscape, large type", QSize(844, 390), 1.5},
+        });
     }
     void anAlertSaysItsMessageAndGoesWhenAnswered()
     {
-        QFETCH(QSize, size);
-        QFETCH(qreal, scale);
+        const auto [size, scale] = currentRow<QSize, qreal>();
         KitFont::shared().setScale(scale);
         m_window->resize(size);
         const auto root = std::make_shared<ViewController>();

@@ -10,6 +10,8 @@
 #include <cmath>
 #include <memory>
 
+#include "tests/fakes/Rows.h"
+
 using namespace Qt::StringLiterals;
 using namespace vynlex;
 
@@ -78,29 +80,20 @@ private slots:
 
     void everyScriptIsSetInItsOwnFace_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("face");
-        QTest::newRow("English") << u"English"_s << u"Noto Sans"_s;
-        QTest::newRow("Hindi") << u"हिंदी"_s << u"Noto Sans Devanagari"_s;
-        QTest::newRow("Gujarati") << u"ગુજરાતી"_s << u"Noto Sans Gujarati"_s;
-        QTest::newRow("Bengali") << u"বাংলা"_s << u"Noto Sans Bengali"_s;
-        QTest::newRow("Telugu") << u"తెలుగు"_s << u"Noto Sans Telugu"_s;
-        QTest::newRow("digits and marks lead nowhere") << u"12: तेरह"_s << u"Noto Sans Devanagari"_s;
-        QTest::newRow("nothing") << QString() << u"Noto Sans"_s;
+        addRows<QString, QString>({
+            {"English", u"English"_s, u"Noto Sans"_s},
+            {"Hindi", u"हिंदी"_s, u"Noto Sans Devanagari"_s},
+            {"Gujarati", u"ગુજરાતી"_s, u"Noto Sans Gujarati"_s},
+            {"Bengali", u"বাংলা"_s, u"Noto Sans Bengali"_s},
+            {"Telugu", u"తెలుగు"_s, u"Noto Sans Telugu"_s},
+            {"digits and marks lead nowhere", u"12: तेरह"_s, u"Noto Sans Devanagari"_s},
+            {"nothing", {}, u"Noto Sans"_s},
+        });
     }
     void everyScriptIsSetInItsOwnFace()
     {
-        QFETCH(QString, text);
-        QFETCH(QString, face);
+        const auto [text, face] = currentRow<QString, QString>();
         QCOMPARE(QFontInfo(fontOf(text)).family(), face);
-    }
-
-    void anAbsurdScaleIsKeptWithinWhatTheLayoutsHold()
-    {
-        KitFont::shared().setScale(9);
-        QCOMPARE(KitFont::shared().scale(), 2.0);
-        KitFont::shared().setScale(0);
-        QCOMPARE(KitFont::shared().scale(), 0.8);
     }
 
     void everyPictureIsInTheLibrary_data()

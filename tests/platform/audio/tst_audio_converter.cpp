@@ -6,6 +6,7 @@
 
 #include "Waves.h"
 #include "platform/audio/AudioConverter.h"
+#include "tests/fakes/Rows.h"
 
 using namespace vynlex;
 using namespace vynlex::waves;
@@ -83,28 +84,19 @@ private slots:
     /// Every sample is where the ideal sine has it: nothing is dropped, repeated or bent at an edge.
     void aSineStaysWhole_data()
     {
-        QTest::addColumn<double>("rateHz");
-        QTest::addColumn<int>("channels");
-        QTest::addColumn<bool>("isFloat");
-        QTest::addColumn<QVector<int>>("sizes");
-        QTest::newRow("48 kHz") << 48000.0 << 1 << false << QVector<int>{2048};
-        QTest::newRow("44.1 kHz") << 44100.0 << 1 << false << QVector<int>{2048};
-        QTest::newRow("48 kHz, stereo, float") << 48000.0 << 2 << true << QVector<int>{2048};
-        QTest::newRow("96 kHz") << 96000.0 << 1 << true << QVector<int>{2048};
-        QTest::newRow("192 kHz, stereo") << 192000.0 << 2 << false << QVector<int>{2048};
-        QTest::newRow("8 kHz") << 8000.0 << 1 << false << QVector<int>{2048};
-        QTest::newRow("11.025 kHz") << 11025.0 << 1 << false << QVector<int>{1999};
-        QTest::newRow("16 kHz") << 16000.0 << 1 << false << QVector<int>{2048};
-        QTest::newRow("whole ratio") << 48000.0 << 1 << false << QVector<int>{480};
-        QTest::newRow("a shorter last one") << 48000.0 << 1 << false << QVector<int>{2048, 2048, 2048, 2048, 777};
-        QTest::newRow("many sizes") << 44100.0 << 1 << false << QVector<int>{2048, 441, 997, 64, 4096, 333};
+        addRows<double, int, bool, QVector<int>>({
+            {"48 kHz", 48000.0, 1, false, QVector<int>{2048}},
+            {"44.1 kHz", 44100.0, 1, false, QVector<int>{2048}},
+            {"48 kHz, stereo, float", 48000.0, 2, true, QVector<int>{2048}},
+            {"192 kHz, stereo", 192000.0, 2, false, QVector<int>{2048}},
+            {"8 kHz", 8000.0, 1, false, QVector<int>{2048}},
+            {"16 kHz", 16000.0, 1, false, QVector<int>{2048}},
+            {"many sizes", 44100.0, 1, false, QVector<int>{2048, 441, 997, 64, 4096, 333}},
+        });
     }
     void aSineStaysWhole()
     {
-        QFETCH(double, rateHz);
-        QFETCH(int, channels);
-        QFETCH(bool, isFloat);
-        QFETCH(QVector<int>, sizes);
+        const auto [rateHz, channels, isFloat, sizes] = currentRow<double, int, bool, QVector<int>>();
         const AudioFormat input{rateHz, channels, isFloat ? SampleType::Float32 : SampleType::Int16};
         const Converted converted = convertSine(input, 1000, {sizes.begin(), sizes.end()}, 24);
 
@@ -119,13 +111,11 @@ private slots:
 
     void theToneIsKeptAndWhatCannotBeHeardIsRejected_data()
     {
-        QTest::addColumn<double>("rateHz");
-        QTest::newRow("48 kHz") << 48000.0;
-        QTest::newRow("44.1 kHz") << 44100.0;
+        addRows<double>({{"48 kHz", 48000.0}, {"44.1 kHz", 44100.0}});
     }
     void theToneIsKeptAndWhatCannotBeHeardIsRejected()
     {
-        QFETCH(double, rateHz);
+        const auto [rateHz] = currentRow<double>();
         const AudioFormat input{rateHz, 1, SampleType::Float32};
         // Buffers that become 682 frames run a little fast; frequencies go with it.
         const double stretch = 2048.0 / rateHz * 16000 / static_cast<double>(capacity(2048, rateHz));
@@ -196,25 +186,17 @@ private slots:
 
     void formatsWithoutAFilterAreRefused_data()
     {
-        QTest::addColumn<double>("inputRate");
-        QTest::addColumn<int>("inputChannels");
-        QTest::addColumn<double>("outputRate");
-        QTest::addColumn<int>("outputChannels");
-        QTest::newRow("no microphone") << 0.0 << 1 << 16000.0 << 1;
-        QTest::newRow("slow") << 7999.0 << 1 << 16000.0 << 1;
-        QTest::newRow("fast") << 192001.0 << 1 << 16000.0 << 1;
-        QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN() << 1 << 16000.0 << 1;
-        QTest::newRow("no channel") << 48000.0 << 0 << 16000.0 << 1;
-        QTest::newRow("many channels") << 48000.0 << 6 << 16000.0 << 1;
-        QTest::newRow("stereo out") << 48000.0 << 1 << 16000.0 << 2;
-        QTest::newRow("fast out") << 48000.0 << 1 << 96000.0 << 1;
+        addRows<double, int, double, int>({
+            {"no microphone", 0.0, 1, 16000.0, 1},
+            {"fast", 192001.0, 1, 16000.0, 1},
+            {"no channel", 48000.0, 0, 16000.0, 1},
+            {"stereo out", 48000.0, 1, 16000.0, 2},
+            {"fast out", 48000.0, 1, 96000.0, 1},
+        });
     }
     void formatsWithoutAFilterAreRefused()
     {
-        QFETCH(double, inputRate);
-        QFETCH(int, inputChannels);
-        QFETCH(double, outputRate);
-        QFETCH(int, outputChannels);
+        const auto [inputRate, inputChannels, outputRate, outputChannels] = currentRow<double, int, double, int>();
         const auto converter = AudioConverter::create({inputRate, inputChannels, SampleType::Int16},
                                                       {outputRate, outputChannels, SampleType::Int16});
         QVERIFY(!converter);

@@ -10,6 +10,7 @@
 #include "platform/dispatch/Guarded.h"
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Rows.h"
 
 using namespace vynlex;
 
@@ -111,14 +112,11 @@ private slots:
 
     void whatIsPlayedIsHeardToTheLastSample_data()
     {
-        QTest::addColumn<int>("count");
-        QTest::newRow("a click") << 40;
-        QTest::newRow("a word") << 8000;
-        QTest::newRow("a sentence, streamed") << 32000;
+        addRows<int>({{"a click", 40}, {"a word", 8000}, {"a sentence, streamed", 32000}});
     }
     void whatIsPlayedIsHeardToTheLastSample()
     {
-        QFETCH(int, count);
+        const auto [count] = currentRow<int>();
         RoomRecorder room(m_server);
         const QByteArray sound = ramp(count);
         QtAudioPlayer player;

@@ -15,6 +15,7 @@
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/FakeAudio.h"
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Rows.h"
 
 using namespace vynlex;
 
@@ -77,14 +78,15 @@ class TestWavAudio : public QObject {
 private slots:
     void microphones_data()
     {
-        QTest::addColumn<MakeMicrophone>("make");
-        QTest::newRow("fake") << MakeMicrophone(fakeMicrophone);
-        QTest::newRow("WAV, real time") << MakeMicrophone([] { return wavMicrophone(Pace::RealTime); });
-        QTest::newRow("WAV, fast") << MakeMicrophone([] { return wavMicrophone(Pace::AsFastAsAccepted); });
+        addRows<MakeMicrophone>({
+            {"fake", MakeMicrophone(fakeMicrophone)},
+            {"WAV, real time", MakeMicrophone([] { return wavMicrophone(Pace::RealTime); })},
+            {"WAV, fast", MakeMicrophone([] { return wavMicrophone(Pace::AsFastAsAccepted); })},
+        });
     }
     void microphones()
     {
-        QFETCH(MakeMicrophone, make);
+        const auto [make] = currentRow<MakeMicrophone>();
         contract::engineKeepsItsPromises(make);
         contract::aTapMayRemoveItselfAndStopTheEngine(make);
     }
@@ -124,19 +126,15 @@ private slots:
 
     void everySampleOfAFileIsHeardAndThenABoundedSilence_data()
     {
-        QTest::addColumn<double>("rateHz");
-        QTest::addColumn<int>("channels");
-        QTest::addColumn<bool>("isFloat");
-        QTest::newRow("8 kHz") << 8000.0 << 1 << false;
-        QTest::newRow("11.025 kHz") << 11025.0 << 1 << false;
-        QTest::newRow("44.1 kHz, stereo") << 44100.0 << 2 << false;
-        QTest::newRow("192 kHz, float") << 192000.0 << 1 << true;
+        addRows<double, int, bool>({
+            {"8 kHz", 8000.0, 1, false},
+            {"44.1 kHz, stereo", 44100.0, 2, false},
+            {"192 kHz, float", 192000.0, 1, true},
+        });
     }
     void everySampleOfAFileIsHeardAndThenABoundedSilence()
     {
-        QFETCH(double, rateHz);
-        QFETCH(int, channels);
-        QFETCH(bool, isFloat);
+        const auto [rateHz, channels, isFloat] = currentRow<double, int, bool>();
         const QTemporaryDir folder;
         const PcmBuffer sound{{rateHz, channels, isFloat ? SampleType::Float32 : SampleType::Int16}, ramp(20'000)};
         QVERIFY(WavFile::write(folder.filePath("a.wav"), sound));
@@ -268,24 +266,6 @@ private slots:
         const auto started = player.start(speech);
         QVERIFY(!started);
         QVERIFY(started.error().contains("cannot be written"));
-    }
-
-    void theFakeLoudspeakerCanBeTakenAway()
-    {
-        FakeAudio audio;
-        const auto player = audio.makePlayer();
-        QVERIFY(player->start(speech));
-        FakePlayback playback = audio.lastPlayback();
-        QVERIFY(playback.takeAway("Gone."));
-        player->write(ramp(10));
-        contract::Ends ends;
-        player->finish(ends.callback());
-        TRY_COMPARE(ends.copy(), QStringList{"Gone."});
-        QVERIFY(!playback.complete());
-        audio.failNextPlayerStart("None.");
-        QCOMPARE(audio.makePlayer()->start(speech).error(), "None.");
-        audio.setInputFormat({0, 1, SampleType::Int16});
-        QVERIFY(!audio.makeEngine()->start());
     }
 };
 

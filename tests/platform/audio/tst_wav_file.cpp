@@ -6,6 +6,7 @@
 
 #include "Waves.h"
 #include "platform/audio/WavFile.h"
+#include "tests/fakes/Rows.h"
 
 using namespace vynlex;
 
@@ -50,19 +51,15 @@ class TestWavFile : public QObject {
 private slots:
     void whatIsWrittenIsRead_data()
     {
-        QTest::addColumn<double>("rateHz");
-        QTest::addColumn<int>("channels");
-        QTest::addColumn<bool>("isFloat");
-        QTest::newRow("speech") << 16000.0 << 1 << false;
-        QTest::newRow("stereo") << 44100.0 << 2 << false;
-        QTest::newRow("float") << 192000.0 << 2 << true;
-        QTest::newRow("telephone") << 8000.0 << 1 << false;
+        addRows<double, int, bool>({
+            {"speech", 16000.0, 1, false},
+            {"stereo", 44100.0, 2, false},
+            {"float", 192000.0, 2, true},
+        });
     }
     void whatIsWrittenIsRead()
     {
-        QFETCH(double, rateHz);
-        QFETCH(int, channels);
-        QFETCH(bool, isFloat);
+        const auto [rateHz, channels, isFloat] = currentRow<double, int, bool>();
         const QTemporaryDir folder;
         const QString path = folder.filePath("sound.wav");
         const AudioFormat format{rateHz, channels, isFloat ? SampleType::Float32 : SampleType::Int16};
@@ -78,21 +75,18 @@ private slots:
     /// The samples of every file: a quarter and minus a half of full scale.
     void everyWidthIsRead_data()
     {
-        QTest::addColumn<int>("code");
-        QTest::addColumn<int>("bits");
-        QTest::addColumn<QByteArray>("data");
-        QTest::newRow("8 bits") << 1 << 8 << QByteArray("\xa0\x40", 2);
-        QTest::newRow("16 bits") << 1 << 16 << little(qint16(8192)) + little(qint16(-16384));
-        QTest::newRow("24 bits") << 1 << 24 << QByteArray("\0\0\x20\0\0\xc0", 6);
-        QTest::newRow("32 bits") << 1 << 32 << little(qint32(1 << 29)) + little(qint32(-(1 << 30)));
-        QTest::newRow("float") << 3 << 32 << little(0.25F) + little(-0.5F);
-        QTest::newRow("double") << 3 << 64 << little(0.25) + little(-0.5);
+        addRows<int, int, QByteArray>({
+            {"8 bits", 1, 8, QByteArray("\xa0\x40", 2)},
+            {"16 bits", 1, 16, little(qint16(8192)) + little(qint16(-16384))},
+            {"24 bits", 1, 24, QByteArray("\0\0\x20\0\0\xc0", 6)},
+            {"32 bits", 1, 32, little(qint32(1 << 29)) + little(qint32(-(1 << 30)))},
+            {"float", 3, 32, little(0.25F) + little(-0.5F)},
+            {"double", 3, 64, little(0.25) + little(-0.5)},
+        });
     }
     void everyWidthIsRead()
     {
-        QFETCH(int, code);
-        QFETCH(int, bits);
-        QFETCH(QByteArray, data);
+        const auto [code, bits, data] = currentRow<int, int, QByteArray>();
         const QByteArray extensible = formatChunk(0xFFFE, 1, 48000, bits).mid(8) + little(quint16(22)) +
                                       little(quint16(bits)) + little(quint32(4)) + little(quint16(code)) +
                                       QByteArray(14, '\x55');
@@ -120,32 +114,23 @@ private slots:
     void whatCannotBeUsedIsNamedInOneSentence_data()
     {
         const QByteArray good = formatChunk(1, 1, 16000, 16);
-        QTest::addColumn<QByteArray>("contents");
-        QTest::addColumn<QString>("sentence");
-        QTest::newRow("empty") << QByteArray() << "a.wav is empty.";
-        QTest::newRow("text") << QByteArray("Hello, world, this is not sound") << "a.wav is not a WAV file.";
-        QTest::newRow("another RIFF") << QByteArray("RIFF\x04\0\0\0AVI ", 12) << "a.wav is not a WAV file.";
-        QTest::newRow("cut in its name") << QByteArray("RIFF\x04") << "a.wav is truncated: it ends before its sound.";
-        QTest::newRow("cut in its format")
-            << riff("fmt " + little(quint32(16)) + "abc") << "a.wav is truncated: its header is not complete.";
-        QTest::newRow("no data") << riff(good) << "a.wav is truncated: it ends before its sound.";
-        QTest::newRow("cut in its sound") << riff(good) + "data" + little(quint32(1000)) + QByteArray(600, 'x')
-                                          << "a.wav is truncated: 600 of 1000 bytes of sound are there.";
-        QTest::newRow("no sound") << riff(good + chunk("data", "")) << "a.wav holds no sound.";
-        QTest::newRow("no format") << riff(chunk("data", "abcd"))
-                                   << "a.wav is not a WAV file: its sound comes before its format.";
-        QTest::newRow("MP3") << riff(formatChunk(0x55, 1, 16000, 16)) << "a.wav is not PCM (format 85, 16 bits).";
-        QTest::newRow("12 bits") << riff(formatChunk(1, 1, 16000, 12)) << "a.wav is not PCM (format 1, 12 bits).";
-        QTest::newRow("slow") << riff(formatChunk(1, 1, 4000, 16)) << "a.wav has 4000 Hz; 8000 to 192000 are possible.";
-        QTest::newRow("six channels") << riff(formatChunk(1, 6, 48000, 16))
-                                      << "a.wav has 6 channels; 1 or 2 are possible.";
-        QTest::newRow("no channel") << riff(formatChunk(1, 0, 48000, 16))
-                                    << "a.wav has 0 channels; 1 or 2 are possible.";
+        addRows<QByteArray, QString>({
+            {"empty", {}, "a.wav is empty."},
+            {"text", "Hello, world, this is not sound", "a.wav is not a WAV file."},
+            {"cut in its format", riff("fmt " + little(quint32(16)) + "abc"),
+             "a.wav is truncated: its header is not complete."},
+            {"no data", riff(good), "a.wav is truncated: it ends before its sound."},
+            {"cut in its sound", riff(good) + "data" + little(quint32(1000)) + QByteArray(600, 'x'),
+             "a.wav is truncated: 600 of 1000 bytes of sound are there."},
+            {"no sound", riff(good + chunk("data", "")), "a.wav holds no sound."},
+            {"MP3", riff(formatChunk(0x55, 1, 16000, 16)), "a.wav is not PCM (format 85, 16 bits)."},
+            {"slow", riff(formatChunk(1, 1, 4000, 16)), "a.wav has 4000 Hz; 8000 to 192000 are possible."},
+            {"six channels", riff(formatChunk(1, 6, 48000, 16)), "a.wav has 6 channels; 1 or 2 are possible."},
+        });
     }
     void whatCannotBeUsedIsNamedInOneSentence()
     {
-        QFETCH(QByteArray, contents);
-        QFETCH(QString, sentence);
+        const auto [contents, sentence] = currentRow<QByteArray, QString>();
         const auto sound = WavFile::parse(contents, "a.wav");
         QVERIFY(!sound);
         QCOMPARE(sound.error(), sentence);

@@ -19,6 +19,7 @@
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/FakeClock.h"
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Rows.h"
 
 using namespace std::chrono_literals;
 using namespace vynlex;
@@ -156,15 +157,10 @@ private slots:
         QCOMPARE(calls, 2);
     }
 
-    void clocksFireInOrderAndStopWhenDestroyed_data()
-    {
-        QTest::addColumn<bool>("fake");
-        QTest::newRow("fake") << true;
-        QTest::newRow("shipped") << false;
-    }
+    void clocksFireInOrderAndStopWhenDestroyed_data() { addRows<bool>({{"fake", true}, {"shipped", false}}); }
     void clocksFireInOrderAndStopWhenDestroyed()
     {
-        QFETCH(const bool, fake);
+        const auto [fake] = currentRow<bool>();
         const ClockUnderTest test = clockUnderTest(fake);
         std::vector<int> fired;
         int ticks = 0;

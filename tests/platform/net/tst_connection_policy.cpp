@@ -7,6 +7,7 @@
 #include "platform/net/BeastSocketWorker.h"
 #include "platform/net/CurlHttpTransport.h"
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Rows.h"
 #include "tests/fakes/Suite.h"
 #include "tests/platform/net/Frames.h"
 
@@ -190,14 +191,15 @@ private slots:
 
     void aProxyThatRefusesOrIsGoneIsAProxyError_data()
     {
-        QTest::addColumn<QByteArray>("refusal");
-        QTest::newRow("wants a password") << QByteArray("HTTP/1.1 407 Authenticate\r\nContent-Length: 0\r\n\r\n");
-        QTest::newRow("cannot") << QByteArray("HTTP/1.1 502 Bad\r\nContent-Length: 0\r\n\r\n");
-        QTest::newRow("is gone") << QByteArray();
+        addRows<QByteArray>({
+            {"wants a password", "HTTP/1.1 407 Authenticate\r\nContent-Length: 0\r\n\r\n"},
+            {"cannot", "HTTP/1.1 502 Bad\r\nContent-Length: 0\r\n\r\n"},
+            {"is gone", {}},
+        });
     }
     void aProxyThatRefusesOrIsGoneIsAProxyError()
     {
-        QFETCH(QByteArray, refusal);
+        const auto [refusal] = currentRow<QByteArray>();
         auto proxy = std::make_unique<LocalServer>(connectProxy(
             1, [](const QByteArray &) {}, refusal));
         useProxy(proxy->port());

@@ -5,6 +5,7 @@
 
 #include "platform/speech/CloudSpeechService.h"
 #include "tests/fakes/FakeSocketWorker.h"
+#include "tests/fakes/Rows.h"
 #include "tests/fakes/Suite.h"
 #include "tests/platform/speech/WireMessage.h"
 
@@ -176,6 +177,11 @@ void compareCancellation(const World &world, Code code, const QString &text)
     QCOMPARE(world.cancellations.front().errorCode, code);
 }
 
+websocket::Disconnected closes(std::uint16_t code, const QString &reason)
+{
+    return {reason, code};
+}
+
 websocket::Error refused(int status)
 {
     return {{WebSocketError::Kind::UpgradeRefused, status, "refused"}};
@@ -252,23 +258,21 @@ private slots:
 
     void regionAndModeChooseTheAddress_data()
     {
-        QTest::addColumn<QString>("region");
-        QTest::addColumn<bool>("dictation");
-        QTest::addColumn<QString>("address");
-        QTest::newRow("china") << "chinaeast2" << true
-                               << "wss://chinaeast2.stt.speech.azure.cn/speech/recognition/dictation/cognitiveservices/"
-                                  "v1?language=hi-IN&format=simple";
-        QTest::newRow("government") << "USGovArizona" << true
-                                    << "wss://usgovarizona.stt.speech.azure.us/speech/recognition/dictation/"
-                                       "cognitiveservices/v1?language=hi-IN&format=simple";
-        QTest::newRow("conversation") << "eastus" << false
-                                      << "wss://eastus.stt.speech.microsoft.com/speech/recognition/conversation/"
-                                         "cognitiveservices/v1?language=hi-IN&format=simple";
+        addRows<QString, bool, QString>({
+            {"china", "chinaeast2", true,
+             "wss://chinaeast2.stt.speech.azure.cn/speech/recognition/dictation/cognitiveservices/"
+             "v1?language=hi-IN&format=simple"},
+            {"government", "USGovArizona", true,
+             "wss://usgovarizona.stt.speech.azure.us/speech/recognition/dictation/"
+             "cognitiveservices/v1?language=hi-IN&format=simple"},
+            {"conversation", "eastus", false,
+             "wss://eastus.stt.speech.microsoft.com/speech/recognition/conversation/"
+             "cognitiveservices/v1?language=hi-IN&format=simple"},
+        });
     }
     void regionAndModeChooseTheAddress()
     {
-        QFETCH(QString, region);
-        QFETCH(bool, dictation);
+        const auto [region, dictation, address] = currentRow<QString, bool, QString>();
         World world;
         auto config = SpeechConfig::fromSubscription(key, region).value();
         world.recognizer = world.service.makeRecognizer(config, AudioConfig::fromStreamInput(world.stream)).value();
@@ -276,7 +280,7 @@ private slots:
         if (dictation)
             config.enableDictation();
         world.startConnected();
-        QTEST(world.link().request().url.toString(), "address");
+        QCOMPARE(world.link().request().url.toString(), address);
         QCOMPARE(world.messages(0)[0].json()["recognition"], dictation ? "dictation" : "conversation");
     }
 
@@ -306,16 +310,15 @@ private slots:
 
     void aLostConnectionIsMadeAgainAndNothingIsLost_data()
     {
-        QTest::addColumn<WebSocketEvent>("loss");
-        QTest::newRow("reset") << WebSocketEvent(websocket::PeerClosed{});
-        QTest::newRow("error") << WebSocketEvent(websocket::Error{});
-        QTest::newRow("close 1000") << WebSocketEvent(websocket::Disconnected{"", 1000});
-        QTest::newRow("close 1011") << WebSocketEvent(websocket::Disconnected{"Internal server error.", 1011});
-        QTest::newRow("another network path") << WebSocketEvent(websocket::ReconnectSuggested{true});
+        addRows<WebSocketEvent>({
+            {"reset", WebSocketEvent(websocket::PeerClosed{})},
+            {"close 1011", WebSocketEvent(websocket::Disconnected{"Internal server error.", 1011})},
+            {"another network path", WebSocketEvent(websocket::ReconnectSuggested{true})},
+        });
     }
     void aLostConnectionIsMadeAgainAndNothingIsLost()
     {
-        QFETCH(WebSocketEvent, loss);
+        const auto [loss] = currentRow<WebSocketEvent>();
         World world;
         world.startConnected();
         world.speak(5s);
@@ -477,47 +480,35 @@ private slots:
 
     void aPhraseBecomesAResultOrTheEnd_data()
     {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<int>("results"); // how many
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<Code>("error");
         const QString internal = "The speech service encountered an internal error and could not continue.";
-        const auto row = [](const char *name, const QByteArray &body, int results, const QString &text,
-                            Code error = Code::NoError) { QTest::newRow(name) << body << results << text << error; };
-        row("success", R"({"RecognitionStatus":"Success","DisplayText":"Hi.","Offset":1,"Duration":2})", 1, "Hi.");
-        row("empty text", R"({"RecognitionStatus":"Success","DisplayText":""})", 1, "");
-        row("detailed", R"({"RecognitionStatus":"Success","NBest":[{"Display":"Hi."}]})", 1, "Hi.");
-        row("no match", R"({"RecognitionStatus":"NoMatch","DisplayText":"x"})", 1, "");
-        row("silence", R"({"RecognitionStatus":"InitialSilenceTimeout"})", 1, "");
-        row("babble", R"({"RecognitionStatus":3})", 1, "");
-        row("end of dictation", R"({"RecognitionStatus":"EndOfDictation"})", 0, "");
-        row("end of dictation, number", R"({"RecognitionStatus":5,"DisplayText":""})", 0, "");
-        row("huge times", R"({"RecognitionStatus":"Success","Offset":9223372036854775807,"Duration":1e300})", 1, "");
-        row("negative times", R"({"RecognitionStatus":"Success","Offset":-5,"Duration":-9223372036854775808})", 1, "");
-        row("mistyped", R"({"RecognitionStatus":"Success","Offset":"x","Duration":{},"DisplayText":[1]})", 1, "");
         const Code serviceError = Code::ServiceError;
-        row("error", R"({"RecognitionStatus":"Error"})", 0, internal, serviceError);
-        row("unknown word", R"({"RecognitionStatus":"Tired"})", 0, internal, serviceError);
-        row("unknown number", R"({"RecognitionStatus":-1e99})", 0, internal, serviceError);
-        row("no status", "{}", 0, internal, serviceError);
-        row("no object", "[]", 0, internal, serviceError);
-        row("no json", "{\"RecognitionStatus", 0, internal, serviceError);
-        row("nothing", "", 0, internal, serviceError);
-        row("deep", QByteArray(5000, '[') + QByteArray(5000, ']'), 0, internal, serviceError);
-        row("too many", R"({"RecognitionStatus":"TooManyRequests"})", 0,
-            "The number of parallel requests exceeded the number of allowed concurrent transcriptions.",
-            Code::TooManyRequests);
-        row("bad request", R"({"RecognitionStatus":7})", 0,
-            "Invalid parameter or unsupported audio format in the request.", Code::BadRequest);
-        row("forbidden", R"({"RecognitionStatus":"Forbidden"})", 0,
-            "The recognizer is using a free subscription that ran out of quota.", Code::Forbidden);
+        addRows<QByteArray, int, QString, Code>({
+            {"success", R"({"RecognitionStatus":"Success","DisplayText":"Hi.","Offset":1,"Duration":2})", 1, "Hi.",
+             Code::NoError},
+            {"empty text", R"({"RecognitionStatus":"Success","DisplayText":""})", 1, "", Code::NoError},
+            {"detailed", R"({"RecognitionStatus":"Success","NBest":[{"Display":"Hi."}]})", 1, "Hi.", Code::NoError},
+            {"no match", R"({"RecognitionStatus":"NoMatch","DisplayText":"x"})", 1, "", Code::NoError},
+            {"silence", R"({"RecognitionStatus":"InitialSilenceTimeout"})", 1, "", Code::NoError},
+            {"end of dictation", R"({"RecognitionStatus":"EndOfDictation"})", 0, "", Code::NoError},
+            {"huge times", R"({"RecognitionStatus":"Success","Offset":9223372036854775807,"Duration":1e300})", 1, "",
+             Code::NoError},
+            {"mistyped", R"({"RecognitionStatus":"Success","Offset":"x","Duration":{},"DisplayText":[1]})", 1, "",
+             Code::NoError},
+            {"error", R"({"RecognitionStatus":"Error"})", 0, internal, serviceError},
+            {"unknown word", R"({"RecognitionStatus":"Tired"})", 0, internal, serviceError},
+            {"no status", "{}", 0, internal, serviceError},
+            {"no json", "{\"RecognitionStatus", 0, internal, serviceError},
+            {"deep", QByteArray(5000, '[') + QByteArray(5000, ']'), 0, internal, serviceError},
+            {"too many", R"({"RecognitionStatus":"TooManyRequests"})", 0,
+             "The number of parallel requests exceeded the number of allowed concurrent transcriptions.",
+             Code::TooManyRequests},
+            {"forbidden", R"({"RecognitionStatus":"Forbidden"})", 0,
+             "The recognizer is using a free subscription that ran out of quota.", Code::Forbidden},
+        });
     }
     void aPhraseBecomesAResultOrTheEnd()
     {
-        QFETCH(QByteArray, body);
-        QFETCH(int, results);
-        QFETCH(QString, text);
-        QFETCH(Code, error);
+        const auto [body, results, text, error] = currentRow<QByteArray, int, QString, Code>();
         World world;
         world.startConnected();
         world.write(1000);
@@ -541,64 +532,43 @@ private slots:
 
     void aConnectionThatFailsIsTriedAgainOrCancels_data()
     {
-        QTest::addColumn<WebSocketEvent>("event");
-        QTest::addColumn<bool>("established");
-        QTest::addColumn<int>("connections");
-        QTest::addColumn<Code>("code");
-        QTest::addColumn<QString>("text");
-        const auto row = [](const char *name, const WebSocketEvent &event, bool established, int connections, Code code,
-                            const QString &text) {
-            QTest::newRow(name) << event << established << connections << code << text;
-        };
         using Kind = WebSocketError::Kind;
         const QString authentication = "WebSocket upgrade failed: Authentication error (%1). Please check subscription "
                                        "information and region name.";
         const QString unspecified = "WebSocket upgrade failed: Unspecified connection error (%1).";
-        row("401", refused(401), false, 1, Code::AuthenticationFailure, authentication.arg(401));
-        row("403", refused(403), false, 1, Code::AuthenticationFailure, authentication.arg(403));
-        row("400", refused(400), false, 1, Code::BadRequest,
-            "WebSocket upgrade failed: Bad request (400). Please verify the provided subscription details and language "
-            "information.");
-        row("404", refused(404), false, 1, Code::ConnectionFailure, unspecified.arg(404));
-        row("200", refused(200), false, 5, Code::ConnectionFailure, unspecified.arg(200));
-        row("429", refused(429), false, 5, Code::TooManyRequests, unspecified.arg(429));
-        row("500", refused(500), false, 5, Code::ServiceError, unspecified.arg(500));
-        row("503", refused(503), false, 5, Code::ServiceUnavailable, unspecified.arg(503));
         const QString none = "Connection failed (no connection to the remote host). Internal error: 1. Error details: "
                              "Failed with error: WS_OPEN_ERROR_UNDERLYING_IO_OPEN_FAILED\n"
                              "wss://westeurope.stt.speech.microsoft.com/speech/recognition/dictation/"
                              "cognitiveservices/v1?language=en-US&format=simple\nX-ConnectionId: {id}";
-        row("unknown host", websocket::Error{{Kind::HostNotFound, 0, ""}}, false, 5, Code::ConnectionFailure, none);
-        row("refused", websocket::Error{{Kind::ConnectionFailed, 0, ""}}, false, 5, Code::ConnectionFailure, none);
-        row("tls", websocket::Error{{Kind::Tls, 0, ""}}, false, 5, Code::ConnectionFailure, none);
-        row("proxy", websocket::Error{{Kind::Proxy, 0, ""}}, false, 5, Code::ConnectionFailure, none);
-        row("closed during upgrade", websocket::Error{{Kind::Io, 0, ""}}, false, 5, Code::ConnectionFailure, none);
-        row("no answer", websocket::Error{{Kind::Timeout, 0, ""}}, false, 5, Code::ServiceTimeout, none);
         const QString closed = "Connection was closed by the remote host. Error code: %1. Error details: %2";
-        const auto close = [&](const char *name, int code, const QString &reason, int connections, Code error) {
-            row(name, websocket::Disconnected{reason, static_cast<std::uint16_t>(code)}, true, connections, error,
-                closed.arg(code).arg(reason));
-        };
-        close("close 1000", 1000, "", 5, Code::ConnectionFailure);
-        close("close 1002", 1002, "Malformed request id.", 1, Code::ConnectionFailure);
-        close("close 1003", 1003, "", 1, Code::ConnectionFailure);
-        close("close 1007", 1007, "Quota exceeded", 1, Code::BadRequest);
-        close("close 1011", 1011, "Internal server error.", 5, Code::ConnectionFailure);
-        close("close 4000", 4000, "100%1 odd", 1, Code::ConnectionFailure);
-        close("close 4429", 4429, "throttled", 5, Code::TooManyRequests);
         const QString broken = "WebSocket operation failed. Internal error: 3. Error details: "
                                "WS_ERROR_UNDERLYING_IO_ERROR";
-        row("reset", websocket::PeerClosed{}, true, 5, Code::ConnectionFailure, broken);
-        row("i/o", websocket::Error{{Kind::Io, 0, ""}}, true, 5, Code::ConnectionFailure, broken);
-        row("protocol", websocket::Error{{Kind::Protocol, 0, ""}}, true, 5, Code::ConnectionFailure, broken);
+        addRows<WebSocketEvent, bool, int, Code, QString>({
+            {"401", refused(401), false, 1, Code::AuthenticationFailure, authentication.arg(401)},
+            {"400", refused(400), false, 1, Code::BadRequest,
+             "WebSocket upgrade failed: Bad request (400). Please verify the provided subscription details and "
+             "language "
+             "information."},
+            {"404", refused(404), false, 1, Code::ConnectionFailure, unspecified.arg(404)},
+            {"429", refused(429), false, 5, Code::TooManyRequests, unspecified.arg(429)},
+            {"500", refused(500), false, 5, Code::ServiceError, unspecified.arg(500)},
+            {"503", refused(503), false, 5, Code::ServiceUnavailable, unspecified.arg(503)},
+            {"unknown host", websocket::Error{{Kind::HostNotFound, 0, ""}}, false, 5, Code::ConnectionFailure, none},
+            {"no answer", websocket::Error{{Kind::Timeout, 0, ""}}, false, 5, Code::ServiceTimeout, none},
+            {"close 1000", closes(1000, ""), true, 5, Code::ConnectionFailure, closed.arg(1000).arg("")},
+            {"close 1002", closes(1002, "Malformed."), true, 1, Code::ConnectionFailure,
+             closed.arg(1002).arg("Malformed.")},
+            {"close 1007", closes(1007, "Quota"), true, 1, Code::BadRequest, closed.arg(1007).arg("Quota")},
+            {"close 4000", closes(4000, "100%1 odd"), true, 1, Code::ConnectionFailure,
+             closed.arg(4000).arg("100%1 odd")},
+            {"close 4429", closes(4429, "throttled"), true, 5, Code::TooManyRequests,
+             closed.arg(4429).arg("throttled")},
+            {"reset", websocket::PeerClosed{}, true, 5, Code::ConnectionFailure, broken},
+        });
     }
     void aConnectionThatFailsIsTriedAgainOrCancels()
     {
-        QFETCH(WebSocketEvent, event);
-        QFETCH(bool, established);
-        QFETCH(int, connections);
-        QFETCH(Code, code);
-        QFETCH(QString, text);
+        auto [event, established, connections, code, text] = currentRow<WebSocketEvent, bool, int, Code, QString>();
         World world;
         world.start();
         world.write(1000);
@@ -640,17 +610,14 @@ private slots:
 
     void aSilentServiceIsGivenUp_data()
     {
-        QTest::addColumn<bool>("audioEnds");
-        QTest::addColumn<int>("limitSeconds");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("no turn.start") << false << 10 << inactivity;
-        QTest::newRow("no turn.end") << true << 20 << "Timeout while waiting for service to stop";
+        addRows<bool, int, QString>({
+            {"no turn.start", false, 10, inactivity},
+            {"no turn.end", true, 20, "Timeout while waiting for service to stop"},
+        });
     }
     void aSilentServiceIsGivenUp()
     {
-        QFETCH(bool, audioEnds);
-        QFETCH(int, limitSeconds);
-        QFETCH(QString, text);
+        const auto [audioEnds, limitSeconds, text] = currentRow<bool, int, QString>();
         World world;
         world.start();
         world.write(1000);
@@ -798,22 +765,6 @@ private slots:
         QVERIFY(world.connections() == 0);
         QCOMPARE(world.cancellations.at(0).errorCode, Code::AuthenticationFailure);
         QVERIFY(!world.cancellations.at(0).errorDetails.contains("X-Evil"));
-    }
-
-    void noHandlerRunsAfterTheRecogniserIsGone()
-    {
-        World world;
-        world.startConnected();
-        world.speak(1s);
-        FakeSocket link = world.link();
-        world.recognizer.reset();
-        link.text(serviceText("speech.phrase", world.turns().back().id, R"({"RecognitionStatus":"Success"})"));
-        QVERIFY(world.results.empty());
-        world.worker->run();
-        QVERIFY(!link.isAlive());
-        QCOMPARE(world.worker->runningTimers(), 0U);
-        world.write(1000);
-        QVERIFY(world.cancellations.empty());
     }
 };
 

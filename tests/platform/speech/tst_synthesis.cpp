@@ -6,6 +6,7 @@
 #include "platform/speech/CloudSpeechService.h"
 #include "tests/fakes/FakeAudio.h"
 #include "tests/fakes/FakeSocketWorker.h"
+#include "tests/fakes/Rows.h"
 #include "tests/fakes/Suite.h"
 #include "tests/platform/speech/WireMessage.h"
 
@@ -175,45 +176,36 @@ private slots:
 
     void aFailureCancelsWithTheServicesWords_data()
     {
-        QTest::addColumn<WebSocketEvent>("event");
-        QTest::addColumn<World::Progress>("progress");
-        QTest::addColumn<Code>("code");
-        QTest::addColumn<QString>("text");
-        const auto row = [](const char *name, const WebSocketEvent &event, World::Progress progress, Code code,
-                            const QString &text) { QTest::newRow(name) << event << progress << code << text; };
         using Kind = WebSocketError::Kind;
-        row("wrong key", failed(Kind::UpgradeRefused, 401), World::Connecting, Code::AuthenticationFailure,
-            "WebSocket upgrade failed: Authentication error (401). Please check subscription information and region "
-            "name. USP state: Sending. Received audio size: 0 bytes.");
-        row("too many", failed(Kind::UpgradeRefused, 429), World::Connecting, Code::TooManyRequests,
-            "WebSocket upgrade failed: Unspecified connection error (429). USP state: Sending. Received audio size: 0 "
-            "bytes.");
         const QString none = "Connection failed (no connection to the remote host). Internal error: 1. Error details: "
                              "Failed with error: WS_OPEN_ERROR_UNDERLYING_IO_OPEN_FAILED\n"
                              "wss://westeurope.tts.speech.microsoft.com/cognitiveservices/websocket/v1\n"
                              "X-ConnectionId: {id} USP state: Sending. Received audio size: 0 bytes.";
-        row("no host", failed(Kind::HostNotFound), World::Connecting, Code::ConnectionFailure, none);
-        row("no upgrade", failed(Kind::Timeout), World::Connecting, Code::ServiceTimeout, none);
         const QString closed = "Connection was closed by the remote host. Error code: ";
-        row("unknown voice", websocket::Disconnected{"Unsupported voice de-DE-KatjaNeural.", 1007}, World::TurnStarted,
-            Code::BadRequest,
-            closed + "1007. Error details: Unsupported voice de-DE-KatjaNeural. USP state: TurnStarted. Received audio "
-                     "size: 0 bytes.");
-        row("closed as if done", websocket::Disconnected{"", 1000}, World::SomeSound, Code::ConnectionFailure,
-            closed + "1000. Error details:  USP state: ReceivingData. Received audio size: 480 bytes.");
-        row("key echoed", websocket::Disconnected{QString("bad ") + key, 1011}, World::Connected,
-            Code::ConnectionFailure,
-            closed + "1011. Error details: bad *** USP state: Sending. Received audio size: 0 bytes.");
-        row("lost", websocket::PeerClosed{}, World::SomeSound, Code::ConnectionFailure,
-            "WebSocket operation failed. Internal error: 3. Error details: WS_ERROR_UNDERLYING_IO_ERROR USP state: "
-            "ReceivingData. Received audio size: 480 bytes.");
+        addRows<WebSocketEvent, World::Progress, Code, QString>({
+            {"wrong key", failed(Kind::UpgradeRefused, 401), World::Connecting, Code::AuthenticationFailure,
+             "WebSocket upgrade failed: Authentication error (401). Please check subscription information and region "
+             "name. USP state: Sending. Received audio size: 0 bytes."},
+            {"no host", failed(Kind::HostNotFound), World::Connecting, Code::ConnectionFailure, none},
+            {"no upgrade", failed(Kind::Timeout), World::Connecting, Code::ServiceTimeout, none},
+            {"unknown voice", websocket::Disconnected{"Unsupported voice de-DE-KatjaNeural.", 1007}, World::TurnStarted,
+             Code::BadRequest,
+             closed +
+                 "1007. Error details: Unsupported voice de-DE-KatjaNeural. USP state: TurnStarted. Received audio "
+                 "size: 0 bytes."},
+            {"closed as if done", websocket::Disconnected{"", 1000}, World::SomeSound, Code::ConnectionFailure,
+             closed + "1000. Error details:  USP state: ReceivingData. Received audio size: 480 bytes."},
+            {"key echoed", websocket::Disconnected{QString("bad ") + key, 1011}, World::Connected,
+             Code::ConnectionFailure,
+             closed + "1011. Error details: bad *** USP state: Sending. Received audio size: 0 bytes."},
+            {"lost", websocket::PeerClosed{}, World::SomeSound, Code::ConnectionFailure,
+             "WebSocket operation failed. Internal error: 3. Error details: WS_ERROR_UNDERLYING_IO_ERROR USP state: "
+             "ReceivingData. Received audio size: 480 bytes."},
+        });
     }
     void aFailureCancelsWithTheServicesWords()
     {
-        QFETCH(WebSocketEvent, event);
-        QFETCH(World::Progress, progress);
-        QFETCH(Code, code);
-        QFETCH(QString, text);
+        auto [event, progress, code, text] = currentRow<WebSocketEvent, World::Progress, Code, QString>();
         World world;
         world.beginUntil(progress);
         world.deliver(event);
@@ -232,21 +224,19 @@ private slots:
 
     void aSilentServiceIsGivenUp_data()
     {
-        QTest::addColumn<World::Progress>("progress");
-        QTest::addColumn<QString>("text");
         const QString first =
             "USP error: timeout waiting for the first audio chunk USP state: %1. Received audio size: "
             "0 bytes.";
-        QTest::newRow("no turn.start") << World::Connected << first.arg("Sending");
-        QTest::newRow("no sound") << World::TurnStarted << first.arg("TurnStarted");
-        QTest::newRow("no more sound, no turn.end")
-            << World::SomeSound
-            << "Timeout while synthesizing. USP state: ReceivingData. Received audio size: 480 bytes.";
+        addRows<World::Progress, QString>({
+            {"no turn.start", World::Connected, first.arg("Sending")},
+            {"no sound", World::TurnStarted, first.arg("TurnStarted")},
+            {"no more sound, no turn.end", World::SomeSound,
+             "Timeout while synthesizing. USP state: ReceivingData. Received audio size: 480 bytes."},
+        });
     }
     void aSilentServiceIsGivenUp()
     {
-        QFETCH(World::Progress, progress);
-        QFETCH(QString, text);
+        const auto [progress, text] = currentRow<World::Progress, QString>();
         World world;
         world.beginUntil(progress, 9s);
         world.worker->advance(9'999ms);
@@ -279,15 +269,15 @@ private slots:
 
     void stoppingEndsTheSoundAndDropsWhatComesLater_data()
     {
-        QTest::addColumn<World::Progress>("progress");
-        QTest::newRow("connecting") << World::Connecting;
-        QTest::newRow("waiting") << World::Connected;
-        QTest::newRow("receiving") << World::SomeSound;
-        QTest::newRow("playing the rest") << World::AllSound;
+        addRows<World::Progress>({
+            {"connecting", World::Connecting},
+            {"receiving", World::SomeSound},
+            {"playing the rest", World::AllSound},
+        });
     }
     void stoppingEndsTheSoundAndDropsWhatComesLater()
     {
-        QFETCH(World::Progress, progress);
+        const auto [progress] = currentRow<World::Progress>();
         World world;
         world.beginUntil(progress);
         QVERIFY(world.synthesizer->stopSpeaking());

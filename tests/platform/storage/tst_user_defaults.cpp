@@ -9,6 +9,7 @@
 #include "platform/storage/QSettingsUserDefaults.h"
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/MemoryUserDefaults.h"
+#include "tests/fakes/Rows.h"
 
 using namespace vynlex;
 
@@ -21,14 +22,16 @@ class TestUserDefaults : public QObject {
 private slots:
     void whatWasSetIsFound_data()
     {
-        QTest::addColumn<MakeDefaults>("make");
-        QTest::newRow("fake") << MakeDefaults([](const QString &) { return std::make_unique<MemoryUserDefaults>(); });
-        QTest::newRow("settings") << MakeDefaults(
-            [](const QString &folder) { return std::make_unique<QSettingsUserDefaults>(folder + "/defaults.ini"); });
+        addRows<MakeDefaults>({
+            {"fake", MakeDefaults([](const QString &) { return std::make_unique<MemoryUserDefaults>(); })},
+            {"settings", MakeDefaults([](const QString &folder) {
+                 return std::make_unique<QSettingsUserDefaults>(folder + "/defaults.ini");
+             })},
+        });
     }
     void whatWasSetIsFound()
     {
-        QFETCH(MakeDefaults, make);
+        const auto [make] = currentRow<MakeDefaults>();
         const QTemporaryDir folder;
         const auto defaults = make(folder.path());
 

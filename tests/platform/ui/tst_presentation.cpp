@@ -54,18 +54,6 @@ private slots:
         TRY_VERIFY(presented.expired());
     }
 
-    void aScreenIsSetUpOnce()
-    {
-        const auto root = std::make_shared<Screen>();
-        const auto screen = std::make_shared<Screen>();
-        QCOMPARE(screen->loads, 0);
-        root->present(screen, Animated::No);
-        root->dismiss(Animated::No);
-        root->present(screen, Animated::No);
-        screen->loadViewIfNeeded();
-        QCOMPARE(screen->loads, 1);
-    }
-
     void aScreenDismissesItselfFromItsOwnCallback()
     {
         const auto root = std::make_shared<Screen>();

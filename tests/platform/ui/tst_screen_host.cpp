@@ -1,6 +1,7 @@
 #include "platform/ui/ScreenHost.h"
 #include "platform/ui/ScreenWindow.h"
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Rows.h"
 #include "tests/fakes/Suite.h"
 
 #include <QQmlEngine>
@@ -192,14 +193,15 @@ private slots:
 
     void screensSlideInAndOut_data()
     {
-        QTest::addColumn<ViewController::ModalTransitionStyle>("style");
-        QTest::newRow("cover") << ViewController::ModalTransitionStyle::CoverVertical;
-        QTest::newRow("push") << ViewController::ModalTransitionStyle::PushFromRight;
-        QTest::newRow("dissolve") << ViewController::ModalTransitionStyle::CrossDissolve;
+        addRows<ViewController::ModalTransitionStyle>({
+            {"cover", ViewController::ModalTransitionStyle::CoverVertical},
+            {"push", ViewController::ModalTransitionStyle::PushFromRight},
+            {"dissolve", ViewController::ModalTransitionStyle::CrossDissolve},
+        });
     }
     void screensSlideInAndOut()
     {
-        QFETCH(ViewController::ModalTransitionStyle, style);
+        const auto [style] = currentRow<ViewController::ModalTransitionStyle>();
         Stage stage(screen(u"root"_s));
         const auto top = screen(u"top"_s);
         top->modalTransitionStyle = style;
