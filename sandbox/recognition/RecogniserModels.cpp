@@ -14,11 +14,11 @@ namespace {
 
 constexpr std::size_t pronunciationsPerWord = 8;
 
-/// Where about one right sentence in twenty of strange voices is refused. Found with sandbox/tools/measure-recogniser.
+/// Where one right sentence in twenty of strange voices is refused. Found with sandbox/tools/measure-recogniser.
 double acceptanceThreshold(const std::string &language)
 {
-    static const std::map<std::string, double, std::less<>> thresholds{{"en", -76}, {"hi", -65}, {"gu", -68},
-                                                                       {"mr", -66}, {"bn", -65}, {"te", -66}};
+    static const std::map<std::string, double, std::less<>> thresholds{{"en", -101}, {"hi", -88}, {"gu", -87},
+                                                                       {"mr", -85},  {"bn", -82}, {"te", -88}};
     return thresholds.at(language);
 }
 

@@ -161,7 +161,7 @@ std::optional<UtteranceDecoder::Decoding> UtteranceDecoder::decode(std::span<con
             worst = std::min(worst, difference / length);
     }
     const double mean = frames > 0 ? total / frames : 0;
-    return Decoding{&*sentence, mean + worst / 2, mean, worst};
+    return Decoding{&*sentence, mean + worst, mean, worst};
 }
 
 std::string UtteranceDecoder::beginning(std::span<const std::int16_t> samples)

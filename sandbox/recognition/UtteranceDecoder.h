@@ -20,7 +20,7 @@ public:
     struct Decoding {
         const Grammar::Sentence *sentence;
         /// How well the sentence explains the sound, compared with any sequence of sounds: the mean difference of the
-        /// acoustic scores a frame, plus half of the worst word's. 0 is perfect, the more negative the worse.
+        /// acoustic scores a frame, plus the worst word's. 0 is perfect, the more negative the worse.
         double score;
         double meanDifference;
         double worstWord;

@@ -209,14 +209,14 @@ std::vector<std::string> nearSentences(const Phrasebook &book, const std::string
 int main(int argc, char **argv)
 try {
     if (hasFlag(argc, argv, "--help")) {
-        std::puts(
-            "measure-recogniser [--language CODE] [--every N] [--phase K] [--scores FILE] [--misses] "
-            "[--book-only] [--own-voice]\n"
-            "  --every N    each condition takes every Nth sentence (default 1), another Nth each\n"
-            "  --scores F   appends a line per clip: kind, language, condition, text, right, mean, worst word, score\n"
-            "  --misses     prints what was not recognised, and what was heard instead\n"
-            "  --book-only  leaves out the sentences outside the book\n"
-            "  --own-voice  speaks with the sandbox's own voices instead of others");
+        std::puts("measure-recogniser [--language CODE] [--every N] [--phase K] [--scores FILE] [--misses] "
+                  "[--book-only] [--own-voice]\n"
+                  "  --every N    each condition takes every Nth sentence (default 1), another Nth each\n"
+                  "  --scores F   appends a line per clip: kind, language, condition, text, right, mean, worst word, "
+                  "score, heard\n"
+                  "  --misses     prints what was not recognised, and what was heard instead\n"
+                  "  --book-only  leaves out the sentences outside the book\n"
+                  "  --own-voice  speaks with the sandbox's own voices instead of others");
         return 0;
     }
     const auto only = option(argc, argv, "--language", "");
@@ -264,7 +264,7 @@ try {
                     if (scores)
                         scores << kind << '\t' << language << '\t' << condition.name << '\t' << texts[i] << '\t'
                                << outcome.heard << '\t' << outcome.right << '\t' << outcome.mean << '\t'
-                               << outcome.worst << '\t' << outcome.score << '\n';
+                               << outcome.worst << '\t' << outcome.score << '\t' << outcome.text << '\n';
                 }
             }
             std::printf("%s %-8s %5d clips, nearest sentence right %5.1f %%, accepted %5.1f %%, right and accepted "
