@@ -4,113 +4,23 @@
 
 #include <thread>
 #include <utility>
-#include <vector>
-
-#include "platform/audio/TapSlot.h"
-#include "platform/dispatch/Guarded.h"
 
 namespace vynlex {
 namespace {
 
-template<typename Function> void runElsewhere(Function &&function)
-{
-    std::thread(std::forward<Function>(function)).join();
-}
-
-using NextFailure = Guarded<std::optional<QString>>;
-
-tl::expected<void, QString> successUnless(NextFailure &failure)
+tl::expected<void, QString> successUnless(FakeAudioDevice::NextFailure &failure)
 {
     if (auto sentence = failure.exchange(std::nullopt))
         return tl::unexpected(*std::move(sentence));
     return {};
 }
 
-/// What captures and playbacks ask of the device. Apart from the lists of them, which would keep each other alive.
-struct Device {
-    struct Settings {
-        AudioFormat inputFormat{48000, 1, AudioFormat::SampleType::Float32};
-        FakeAudio::Playing playing = FakeAudio::Playing::UntilTold;
-    };
-
-    Guarded<Settings> settings;
-    NextFailure engineStartFailure;
-    NextFailure playerStartFailure;
-};
-
-} // namespace
-
-struct FakeCapture::State {
-    struct Counts {
-        int start = 0;
-        int stop = 0;
-        int prepare = 0;
-        int installTap = 0;
-        int removeTap = 0;
-        TapSlot::Session session = 0;
-        bool alive = true;
-    };
-
-    Guarded<Counts> counts;
-    TapSlot slot;
-    std::shared_ptr<Device> device;
-
-    void count(int Counts::*member)
-    {
-        counts.with([&](Counts &c) { ++(c.*member); });
-    }
-};
-
-struct FakePlayback::State {
-    struct Sound {
-        std::optional<AudioFormat> format;
-        QByteArray pcm;
-        bool finished = false;
-        bool stopped = false;
-        bool hasEnded = false;
-        std::optional<QString> takenAway;
-        AudioPlayer::Ended ended;
-    };
-
-    Guarded<Sound> sound;
-    std::shared_ptr<Device> device;
-
-    /// Takes the right to call `ended`; an empty function when it must not run (any more, or yet).
-    AudioPlayer::Ended claim()
-    {
-        return sound.with([](Sound &s) -> AudioPlayer::Ended {
-            if (!s.finished || s.stopped || std::exchange(s.hasEnded, true))
-                return {};
-            return std::exchange(s.ended, {});
-        });
-    }
-
-    void stop()
-    {
-        const AudioPlayer::Ended dropped = sound.with([](Sound &s) {
-            s.stopped = s.stopped || !s.hasEnded;
-            return std::exchange(s.ended, {});
-        });
-    }
-};
-
-struct FakeAudio::State {
-    struct Lists {
-        std::vector<std::shared_ptr<FakeCapture::State>> captures;
-        std::vector<std::shared_ptr<FakePlayback::State>> playbacks;
-        int setCategoryCount = 0;
-        int setActiveCount = 0;
-        bool active = false;
-    };
-
-    Guarded<Lists> lists;
-    const std::shared_ptr<Device> device = std::make_shared<Device>();
-    NextFailure categoryFailure;
-    NextFailure activeFailure;
-    std::shared_ptr<AudioSession> session;
-};
-
-namespace {
+template<typename State> std::shared_ptr<State> lastOf(const std::vector<std::shared_ptr<State>> &all)
+{
+    if (all.empty())
+        qFatal("FakeAudio: there is none yet.");
+    return all.back();
+}
 
 class FakeAudioEngine final : public AudioEngine {
 public:
@@ -118,7 +28,6 @@ public:
         : m_state(std::move(state))
     {
     }
-
     ~FakeAudioEngine() override
     {
         m_state->slot.close();
@@ -126,28 +35,24 @@ public:
         m_state->counts.with([](auto &counts) { counts.alive = false; });
     }
 
-    AudioFormat inputFormat() const override
-    {
-        return m_state->device->settings.with([](auto &settings) { return settings.inputFormat; });
-    }
+    AudioFormat inputFormat() const override { return m_state->device->inputFormat.copy(); }
 
     void installTap(int bufferFrames, Tap tap) override
     {
-        m_state->count(&FakeCapture::State::Counts::installTap);
+        m_state->counts.with([](auto &counts) { ++counts.installTap; });
         m_state->slot.install(bufferFrames, std::move(tap));
     }
 
     void removeTap() override
     {
-        m_state->count(&FakeCapture::State::Counts::removeTap);
+        m_state->counts.with([](auto &counts) { ++counts.removeTap; });
         m_state->slot.remove();
     }
 
-    void prepare() override { m_state->count(&FakeCapture::State::Counts::prepare); }
+    void prepare() override {}
 
     tl::expected<void, QString> start() override
     {
-        m_state->count(&FakeCapture::State::Counts::start);
         auto result = successUnless(m_state->device->engineStartFailure);
         if (result && inputFormat().sampleRateHz <= 0)
             result = tl::unexpected(QStringLiteral("There is no microphone."));
@@ -160,7 +65,7 @@ public:
 
     void stop() override
     {
-        m_state->count(&FakeCapture::State::Counts::stop);
+        m_state->counts.with([](auto &counts) { ++counts.stop; });
         m_state->slot.close();
     }
 
@@ -174,7 +79,6 @@ public:
         : m_state(std::move(state))
     {
     }
-
     ~FakeAudioPlayer() override { m_state->stop(); }
 
     tl::expected<void, QString> start(const AudioFormat &format) override
@@ -205,22 +109,12 @@ public:
 
     void finish(Ended ended) override
     {
-        const auto takenAway = m_state->sound.with([&](auto &sound) {
+        m_state->sound.with([&](auto &sound) {
             if (!sound.format || std::exchange(sound.finished, true))
                 qFatal("FakeAudioPlayer: finish comes once, after start.");
             if (!sound.stopped)
                 sound.ended = std::move(ended);
-            return sound.takenAway;
         });
-        const auto playing = m_state->device->settings.with([](auto &settings) { return settings.playing; });
-        if (!takenAway && playing == FakeAudio::Playing::UntilTold)
-            return;
-        // Not waited for, like everything that a loudspeaker does.
-        std::thread([state = m_state, takenAway] {
-            if (const Ended claimed = state->claim())
-                claimed(takenAway ? tl::expected<void, QString>(tl::unexpected(*takenAway))
-                                  : tl::expected<void, QString>());
-        }).detach();
     }
 
     void stop() override { m_state->stop(); }
@@ -244,10 +138,11 @@ public:
 
     tl::expected<void, QString> setActive(bool active) override
     {
-        m_state.lists.with([](auto &lists) { ++lists.setActiveCount; });
         auto result = successUnless(m_state.activeFailure);
-        if (result)
-            m_state.lists.with([&](auto &lists) { lists.active = active; });
+        m_state.lists.with([&](auto &lists) {
+            ++lists.setActiveCount;
+            lists.active = result ? active : lists.active;
+        });
         return result;
     }
 
@@ -257,133 +152,38 @@ private:
 
 } // namespace
 
-FakeCapture::FakeCapture(std::shared_ptr<State> state)
-    : m_state(std::move(state))
-{
-}
-
-bool FakeCapture::isAlive() const
-{
-    return m_state->counts.copy().alive;
-}
-
-bool FakeCapture::isRunning() const
-{
-    return m_state->slot.isOpen();
-}
-
-bool FakeCapture::hasTap() const
-{
-    return tapFrames() > 0;
-}
-
-int FakeCapture::tapFrames() const
-{
-    return m_state->slot.bufferFrames();
-}
-
-int FakeCapture::startCount() const
-{
-    return m_state->counts.copy().start;
-}
-
-int FakeCapture::stopCount() const
-{
-    return m_state->counts.copy().stop;
-}
-
-int FakeCapture::prepareCount() const
-{
-    return m_state->counts.copy().prepare;
-}
-
-int FakeCapture::installTapCount() const
-{
-    return m_state->counts.copy().installTap;
-}
-
-int FakeCapture::removeTapCount() const
-{
-    return m_state->counts.copy().removeTap;
-}
-
-PcmBuffer FakeCapture::silence() const
-{
-    const AudioFormat format = m_state->device->settings.with([](auto &settings) { return settings.inputFormat; });
-    return {format, QByteArray(static_cast<qsizetype>(tapFrames()) * format.bytesPerFrame(), '\0')};
-}
-
-bool FakeCapture::hear(const PcmBuffer &buffer)
+bool FakeCapture::hearSilence()
 {
     if (!isRunning() || !hasTap())
         return false;
-    if (buffer.format != m_state->device->settings.with([](auto &settings) { return settings.inputFormat; }))
-        qFatal("FakeCapture: a microphone delivers its own format only.");
-    if (buffer.frameLength() != tapFrames())
-        qFatal("FakeCapture: the tap takes %d frames a buffer, not %lld.", tapFrames(),
-               static_cast<long long>(buffer.frameLength()));
-    runElsewhere([&] { m_state->slot.feed(m_state->counts.copy().session, buffer.data); });
+    const QByteArray zeros(qsizetype{tapFrames()} * m_state->device->inputFormat.copy().bytesPerFrame(), '\0');
+    std::thread([&] { m_state->slot.feed(m_state->counts.copy().session, zeros); }).join();
     return true;
 }
 
-FakePlayback::FakePlayback(std::shared_ptr<State> state)
-    : m_state(std::move(state))
+void FakePlayback::State::stop()
 {
-}
-
-std::optional<AudioFormat> FakePlayback::format() const
-{
-    return m_state->sound.with([](auto &sound) { return sound.format; });
-}
-
-QByteArray FakePlayback::pcm() const
-{
-    return m_state->sound.with([](auto &sound) { return sound.pcm; });
-}
-
-bool FakePlayback::isFinished() const
-{
-    return m_state->sound.with([](auto &sound) { return sound.finished; });
-}
-
-bool FakePlayback::wasStopped() const
-{
-    return m_state->sound.with([](auto &sound) { return sound.stopped; });
-}
-
-bool FakePlayback::hasEnded() const
-{
-    return m_state->sound.with([](auto &sound) { return sound.hasEnded; });
-}
-
-bool FakePlayback::complete()
-{
-    if (!isFinished() && !wasStopped())
-        qFatal("FakePlayback: a sound that is not finished cannot be heard to its end.");
-    const AudioPlayer::Ended ended = m_state->claim();
-    if (ended)
-        runElsewhere([&] { ended({}); });
-    return static_cast<bool>(ended);
-}
-
-bool FakePlayback::takeAway(const QString &sentence)
-{
-    const bool later = m_state->sound.with([&](auto &sound) {
-        const bool waiting = !sound.finished && !sound.stopped;
-        if (waiting)
-            sound.takenAway = sentence;
-        return waiting;
+    const AudioPlayer::Ended dropped = sound.with([](Sound &s) {
+        s.stopped = s.stopped || !s.hasEnded;
+        return std::exchange(s.ended, {});
     });
-    if (later)
-        return true;
-    const AudioPlayer::Ended ended = m_state->claim();
+}
+
+bool FakePlayback::end(const tl::expected<void, QString> &how)
+{
+    const AudioPlayer::Ended ended = m_state->sound.with([](Sound &s) -> AudioPlayer::Ended {
+        if (!s.finished && !s.stopped)
+            qFatal("FakePlayback: a sound that is not finished cannot end.");
+        if (s.stopped || std::exchange(s.hasEnded, true))
+            return {};
+        return std::exchange(s.ended, {});
+    });
     if (ended)
-        runElsewhere([&] { ended(tl::unexpected(sentence)); });
+        std::thread([&] { ended(how); }).join();
     return static_cast<bool>(ended);
 }
 
 FakeAudio::FakeAudio()
-    : m_state(std::make_shared<State>())
 {
     m_state->session = std::make_shared<FakeAudioSession>(*m_state);
 }
@@ -404,92 +204,14 @@ std::unique_ptr<AudioPlayer> FakeAudio::makePlayer()
     return std::make_unique<FakeAudioPlayer>(playback);
 }
 
-std::shared_ptr<AudioSession> FakeAudio::session() const
-{
-    return {m_state, m_state->session.get()};
-}
-
-int FakeAudio::captureCount() const
-{
-    return m_state->lists.with([](auto &lists) { return static_cast<int>(lists.captures.size()); });
-}
-
-FakeCapture FakeAudio::capture(int index) const
-{
-    return FakeCapture(m_state->lists.with([&](auto &lists) {
-        if (index < 0 || index >= static_cast<int>(lists.captures.size()))
-            qFatal("FakeAudio: there is no audio engine %d.", index);
-        return lists.captures[static_cast<std::size_t>(index)];
-    }));
-}
-
 FakeCapture FakeAudio::lastCapture() const
 {
-    return capture(captureCount() - 1);
-}
-
-int FakeAudio::playbackCount() const
-{
-    return m_state->lists.with([](auto &lists) { return static_cast<int>(lists.playbacks.size()); });
-}
-
-FakePlayback FakeAudio::playback(int index) const
-{
-    return FakePlayback(m_state->lists.with([&](auto &lists) {
-        if (index < 0 || index >= static_cast<int>(lists.playbacks.size()))
-            qFatal("FakeAudio: there is no player %d.", index);
-        return lists.playbacks[static_cast<std::size_t>(index)];
-    }));
+    return FakeCapture(lastOf(m_state->lists.copy().captures));
 }
 
 FakePlayback FakeAudio::lastPlayback() const
 {
-    return playback(playbackCount() - 1);
-}
-
-int FakeAudio::setCategoryCount() const
-{
-    return m_state->lists.with([](auto &lists) { return lists.setCategoryCount; });
-}
-
-int FakeAudio::setActiveCount() const
-{
-    return m_state->lists.with([](auto &lists) { return lists.setActiveCount; });
-}
-
-bool FakeAudio::isSessionActive() const
-{
-    return m_state->lists.with([](auto &lists) { return lists.active; });
-}
-
-void FakeAudio::setInputFormat(const AudioFormat &format)
-{
-    m_state->device->settings.with([&](auto &settings) { settings.inputFormat = format; });
-}
-
-void FakeAudio::setPlaying(Playing playing)
-{
-    m_state->device->settings.with([&](auto &settings) { settings.playing = playing; });
-}
-
-void FakeAudio::failNextEngineStart(const QString &sentence)
-{
-    m_state->device->engineStartFailure.set(sentence);
-}
-
-void FakeAudio::failNextPlayerStart(const QString &sentence)
-{
-    m_state->device->playerStartFailure.set(sentence);
-}
-
-void FakeAudio::failNextSetCategory(const QString &sentence)
-{
-    m_state->categoryFailure.set(sentence);
-}
-
-void FakeAudio::failNextSetActive(const QString &sentence)
-{
-    m_state->activeFailure.set(sentence);
+    return FakePlayback(lastOf(m_state->lists.copy().playbacks));
 }
 
 } // namespace vynlex

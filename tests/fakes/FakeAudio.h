@@ -6,38 +6,58 @@
 #include <memory>
 #include <optional>
 #include <tl/expected.hpp>
+#include <vector>
 
 #include "platform/audio/AudioEngine.h"
 #include "platform/audio/AudioPlayer.h"
 #include "platform/audio/AudioSession.h"
+#include "platform/audio/TapSlot.h"
+#include "platform/dispatch/Guarded.h"
 
 namespace vynlex {
+
+/// What engines and players ask of the fake device.
+struct FakeAudioDevice {
+    using NextFailure = Guarded<std::optional<QString>>;
+
+    Guarded<AudioFormat> inputFormat{AudioFormat{48000, 1, AudioFormat::SampleType::Float32}};
+    NextFailure engineStartFailure;
+    NextFailure playerStartFailure;
+};
 
 /// One audio engine that was made, as the test sees it. A handle, good after the engine is gone. Any thread.
 class FakeCapture {
 public:
-    struct State;
-    explicit FakeCapture(std::shared_ptr<State> state);
+    struct Counts {
+        int stop = 0;
+        int installTap = 0;
+        int removeTap = 0;
+        TapSlot::Session session = 0;
+        bool alive = true;
+    };
+    struct State {
+        Guarded<Counts> counts;
+        TapSlot slot;
+        std::shared_ptr<FakeAudioDevice> device;
+    };
+    explicit FakeCapture(std::shared_ptr<State> state)
+        : m_state(std::move(state))
+    {
+    }
 
-    [[nodiscard]] bool isAlive() const;
-    [[nodiscard]] bool isRunning() const;
-    [[nodiscard]] bool hasTap() const;
-    [[nodiscard]] int tapFrames() const; ///< 0 without a tap.
+    [[nodiscard]] bool isAlive() const { return m_state->counts.copy().alive; }
+    [[nodiscard]] bool isRunning() const { return m_state->slot.isOpen(); }
+    [[nodiscard]] bool hasTap() const { return tapFrames() > 0; }
+    [[nodiscard]] int tapFrames() const { return m_state->slot.bufferFrames(); } ///< 0 without a tap.
 
-    /// Calls so far, also those that changed nothing or failed.
-    [[nodiscard]] int startCount() const;
-    [[nodiscard]] int stopCount() const;
-    [[nodiscard]] int prepareCount() const;
-    [[nodiscard]] int installTapCount() const;
-    [[nodiscard]] int removeTapCount() const;
+    /// Calls so far, also those that changed nothing.
+    [[nodiscard]] int stopCount() const { return m_state->counts.copy().stop; }
+    [[nodiscard]] int installTapCount() const { return m_state->counts.copy().installTap; }
+    [[nodiscard]] int removeTapCount() const { return m_state->counts.copy().removeTap; }
 
-    /// One tap buffer of the input format: all samples zero.
-    [[nodiscard]] PcmBuffer silence() const;
-
-    /// The microphone hears `buffer`: the tap runs on a thread that is not the test's, and the call returns after it
-    /// has. False when nobody listens (stopped, or no tap). A buffer of another format than the input's, or of another
-    /// length than the tap's, ends the test program.
-    bool hear(const PcmBuffer &buffer);
+    /// The microphone hears one tap buffer of silence: the tap runs on a thread that is not the test's, and the call
+    /// returns after it has. False when nobody listens (stopped, or no tap).
+    bool hearSilence();
 
 private:
     std::shared_ptr<State> m_state;
@@ -46,22 +66,41 @@ private:
 /// One sound that was to be played. A handle, good after the player is gone. Any thread.
 class FakePlayback {
 public:
-    struct State;
-    explicit FakePlayback(std::shared_ptr<State> state);
+    struct Sound {
+        std::optional<AudioFormat> format;
+        QByteArray pcm;
+        bool finished = false;
+        bool stopped = false;
+        bool hasEnded = false;
+        AudioPlayer::Ended ended;
+    };
+    struct State {
+        Guarded<Sound> sound;
+        std::shared_ptr<FakeAudioDevice> device;
 
-    [[nodiscard]] std::optional<AudioFormat> format() const; ///< Absent before a successful start.
-    [[nodiscard]] QByteArray pcm() const;                    ///< Written so far.
-    [[nodiscard]] bool isFinished() const;                   ///< `finish` was called.
-    [[nodiscard]] bool wasStopped() const;                   ///< By `stop` or by the player's end, before it had ended.
-    [[nodiscard]] bool hasEnded() const;                     ///< `ended` has been called, or is about to.
+        void stop();
+    };
+    explicit FakePlayback(std::shared_ptr<State> state)
+        : m_state(std::move(state))
+    {
+    }
+
+    [[nodiscard]] std::optional<AudioFormat> format() const { return sound().format; } ///< Absent before it started.
+    [[nodiscard]] QByteArray pcm() const { return sound().pcm; }                       ///< Written so far.
+    [[nodiscard]] bool isFinished() const { return sound().finished; }                 ///< `finish` was called.
+    /// By `stop` or by the player's end, before it had ended.
+    [[nodiscard]] bool wasStopped() const { return sound().stopped; }
 
     /// The last sample has been heard: `ended` runs on a thread that is not the test's, and the call returns after it
     /// has. False when it was stopped or has ended before. Before `finish` it ends the test program.
-    bool complete();
-    /// The loudspeaker is taken away: `ended` runs with `sentence`, now or as soon as `finish` is called.
-    bool takeAway(const QString &sentence);
+    bool complete() { return end({}); }
+    /// The loudspeaker is taken away after `finish`: `ended` runs with `sentence`.
+    bool takeAway(const QString &sentence) { return end(tl::unexpected(sentence)); }
 
 private:
+    [[nodiscard]] Sound sound() const { return m_state->sound.copy(); }
+    bool end(const tl::expected<void, QString> &how);
+
     std::shared_ptr<State> m_state;
 };
 
@@ -69,44 +108,48 @@ private:
 /// something when told. Any thread.
 class FakeAudio {
 public:
-    enum class Playing {
-        UntilTold,      ///< A sound ends when the test says so.
-        CompletesAtOnce ///< `ended` runs on another thread as soon as `finish` is called.
-    };
-
     FakeAudio();
 
     [[nodiscard]] std::unique_ptr<AudioEngine> makeEngine();
     [[nodiscard]] std::unique_ptr<AudioPlayer> makePlayer();
-    [[nodiscard]] std::shared_ptr<AudioSession> session() const;
+    [[nodiscard]] std::shared_ptr<AudioSession> session() const { return {m_state, m_state->session.get()}; }
 
-    /// In the order in which they were made; asking for one that does not exist ends the test program.
-    [[nodiscard]] int captureCount() const;
-    [[nodiscard]] FakeCapture capture(int index) const;
+    [[nodiscard]] int captureCount() const { return static_cast<int>(m_state->lists.copy().captures.size()); }
+    /// Asking for one when there is none ends the test program.
     [[nodiscard]] FakeCapture lastCapture() const;
-    [[nodiscard]] int playbackCount() const;
-    [[nodiscard]] FakePlayback playback(int index) const;
     [[nodiscard]] FakePlayback lastPlayback() const;
 
-    [[nodiscard]] int setCategoryCount() const;
-    [[nodiscard]] int setActiveCount() const;
-    [[nodiscard]] bool isSessionActive() const;
+    [[nodiscard]] int setCategoryCount() const { return m_state->lists.copy().setCategoryCount; }
+    [[nodiscard]] int setActiveCount() const { return m_state->lists.copy().setActiveCount; }
+    [[nodiscard]] bool isSessionActive() const { return m_state->lists.copy().active; }
 
     /// The microphone's; 48 kHz, one channel, Float32 unless set. A rate of 0 is no microphone.
-    void setInputFormat(const AudioFormat &format);
-    /// Counts for every later player.
-    void setPlaying(Playing playing);
+    void setInputFormat(const AudioFormat &format) { m_state->device->inputFormat.set(format); }
 
     /// Each counts once, for the next call of its kind.
-    void failNextEngineStart(const QString &sentence);
-    void failNextPlayerStart(const QString &sentence);
-    void failNextSetCategory(const QString &sentence);
-    void failNextSetActive(const QString &sentence);
+    void failNextEngineStart(const QString &sentence) { m_state->device->engineStartFailure.set(sentence); }
+    void failNextPlayerStart(const QString &sentence) { m_state->device->playerStartFailure.set(sentence); }
+    void failNextSetCategory(const QString &sentence) { m_state->categoryFailure.set(sentence); }
+    void failNextSetActive(const QString &sentence) { m_state->activeFailure.set(sentence); }
 
-    struct State;
+    struct State {
+        struct Lists {
+            std::vector<std::shared_ptr<FakeCapture::State>> captures;
+            std::vector<std::shared_ptr<FakePlayback::State>> playbacks;
+            int setCategoryCount = 0;
+            int setActiveCount = 0;
+            bool active = false;
+        };
+        Guarded<Lists> lists;
+        /// Apart from the lists, which would keep each other alive.
+        const std::shared_ptr<FakeAudioDevice> device = std::make_shared<FakeAudioDevice>();
+        FakeAudioDevice::NextFailure categoryFailure;
+        FakeAudioDevice::NextFailure activeFailure;
+        std::shared_ptr<AudioSession> session;
+    };
 
 private:
-    std::shared_ptr<State> m_state;
+    const std::shared_ptr<State> m_state = std::make_shared<State>();
 };
 
 } // namespace vynlex

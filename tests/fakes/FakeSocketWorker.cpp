@@ -103,17 +103,6 @@ struct FakeSocket::State : std::enable_shared_from_this<FakeSocket::State> {
         });
     }
 
-    /// A client that was destroyed has no connection any more: what the server sends reaches nobody. A closing one
-    /// drops messages.
-    bool deliverWhile(bool allowed, const char *what, const WebSocketEvent &event)
-    {
-        if (alive && !allowed)
-            qFatal("a socket that is not in the state for it was told: %s", what);
-        const bool isMessage =
-            std::holds_alternative<websocket::Text>(event) || std::holds_alternative<websocket::Binary>(event);
-        return alive && !(closing && isMessage) && deliver(event);
-    }
-
     [[nodiscard]] bool isOpen() const { return phase == Phase::Connected; }
 };
 
@@ -185,22 +174,7 @@ private:
     std::shared_ptr<FakeSocket::State> m_state;
 };
 
-QByteArrayList dataOf(const std::vector<FakeSocketMessage> &messages, FakeSocketMessage::Kind kind)
-{
-    QByteArrayList data;
-    for (const FakeSocketMessage &message : messages) {
-        if (message.kind == kind)
-            data << message.data;
-    }
-    return data;
-}
-
 } // namespace
-
-FakeSocket::FakeSocket(std::shared_ptr<State> state)
-    : m_state(std::move(state))
-{
-}
 
 bool FakeSocket::isAlive() const
 {
@@ -210,11 +184,6 @@ bool FakeSocket::isAlive() const
 bool FakeSocket::isConnecting() const
 {
     return m_state->alive && m_state->phase == Phase::Connecting && !m_state->closing;
-}
-
-bool FakeSocket::isConnected() const
-{
-    return m_state->alive && m_state->isOpen() && !m_state->closing;
 }
 
 bool FakeSocket::hasEnded() const
@@ -232,16 +201,6 @@ std::vector<FakeSocketMessage> FakeSocket::sent() const
     return m_state->sent;
 }
 
-QByteArrayList FakeSocket::sentTexts() const
-{
-    return dataOf(m_state->sent, FakeSocketMessage::Kind::Text);
-}
-
-QByteArrayList FakeSocket::sentBinaries() const
-{
-    return dataOf(m_state->sent, FakeSocketMessage::Kind::Binary);
-}
-
 std::vector<FakeSocketMessage> FakeSocket::takeSent()
 {
     return std::exchange(m_state->sent, {});
@@ -252,69 +211,30 @@ std::optional<FakeSocketClose> FakeSocket::closing() const
     return m_state->closing;
 }
 
-bool FakeSocket::connected(const HttpHeaders &headers)
+bool FakeSocket::deliver(const WebSocketEvent &event)
 {
-    if (!m_state->alive)
+    State &state = *m_state;
+    const auto is = [&]<typename... Kinds>(std::in_place_type_t<Kinds>...) {
+        return (std::holds_alternative<Kinds>(event) || ...);
+    };
+    using namespace websocket;
+    if (!state.alive) // What the server sends reaches nobody.
         return false;
-    if (m_state->phase != Phase::Connecting)
-        qFatal("a socket that does not connect was told: connected");
-    if (m_state->closing) // Cancelled is on its way.
+    const bool connects = is(std::in_place_type<Connected>);
+    const bool fails = is(std::in_place_type<Error>);
+    if (is(std::in_place_type<Cancelled>) || (connects && state.phase != Phase::Connecting) ||
+        (!connects && !state.isOpen() && !(fails && state.phase == Phase::Connecting)))
+        qFatal("a socket was told what its server cannot do now");
+    if (fails || is(std::in_place_type<Disconnected>, std::in_place_type<PeerClosed>))
+        return state.end(event);
+    if (state.closing && is(std::in_place_type<Connected>, std::in_place_type<Text>, std::in_place_type<Binary>))
         return false;
-    m_state->phase = Phase::Connected;
-    m_state->limit.reset();
-    m_state->sent = std::exchange(m_state->waiting, {});
-    return m_state->deliver(websocket::Connected{headers});
-}
-
-bool FakeSocket::text(const QByteArray &utf8)
-{
-    return m_state->deliverWhile(m_state->isOpen(), "text", websocket::Text{utf8});
-}
-
-bool FakeSocket::binary(const QByteArray &data)
-{
-    return m_state->deliverWhile(m_state->isOpen(), "binary", websocket::Binary{data});
-}
-
-bool FakeSocket::ping()
-{
-    return m_state->deliverWhile(m_state->isOpen(), "ping", websocket::Ping{});
-}
-
-bool FakeSocket::pong()
-{
-    return m_state->deliverWhile(m_state->isOpen(), "pong", websocket::Pong{});
-}
-
-bool FakeSocket::viabilityChanged(bool viable)
-{
-    return m_state->deliverWhile(m_state->isOpen(), "viabilityChanged", websocket::ViabilityChanged{viable});
-}
-
-bool FakeSocket::reconnectSuggested()
-{
-    return m_state->deliverWhile(m_state->isOpen(), "reconnectSuggested", websocket::ReconnectSuggested{true});
-}
-
-bool FakeSocket::disconnected(std::uint16_t code, const QString &reason)
-{
-    if (m_state->alive && !m_state->isOpen())
-        qFatal("a socket that is not connected was told: disconnected");
-    return m_state->end(websocket::Disconnected{reason, code});
-}
-
-bool FakeSocket::peerClosed()
-{
-    if (m_state->alive && !m_state->isOpen())
-        qFatal("a socket that is not connected was told: peerClosed");
-    return m_state->end(websocket::PeerClosed{});
-}
-
-bool FakeSocket::error(const WebSocketError &error)
-{
-    if (m_state->alive && !m_state->isOpen() && m_state->phase != Phase::Connecting)
-        qFatal("a socket that is neither connecting nor connected was told: error");
-    return m_state->end(websocket::Error{error});
+    if (connects) {
+        state.phase = Phase::Connected;
+        state.limit.reset();
+        state.sent = std::exchange(state.waiting, {});
+    }
+    return state.deliver(event);
 }
 
 FakeSocketWorker::FakeSocketWorker()

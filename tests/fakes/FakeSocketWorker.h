@@ -28,40 +28,37 @@ struct FakeSocketClose {
 };
 
 /// The server's end of one client that was made. A handle, good after the client is gone. Test's thread.
-///
-/// The functions that deliver run the client's handler before they return; false means that nobody heard, because the
-/// client has been destroyed, or drops messages because it is closing. What a server cannot do (a message before the
-/// upgrade, anything after the end) ends the test program.
 class FakeSocket {
 public:
     struct State;
-    explicit FakeSocket(std::shared_ptr<State> state);
+    explicit FakeSocket(std::shared_ptr<State> state)
+        : m_state(std::move(state))
+    {
+    }
 
     [[nodiscard]] bool isAlive() const;      ///< The client has not been destroyed.
     [[nodiscard]] bool isConnecting() const; ///< `connect` was called, and nothing has come of it yet.
-    [[nodiscard]] bool isConnected() const;  ///< Neither the peer nor the client has ended it.
     [[nodiscard]] bool hasEnded() const;     ///< Its last event has come; a destroyed client ends without one.
     [[nodiscard]] WebSocketRequest request() const;
 
     /// What has reached the server: nothing of what the client sends before it is connected.
     [[nodiscard]] std::vector<FakeSocketMessage> sent() const;
-    [[nodiscard]] QByteArrayList sentTexts() const;
-    [[nodiscard]] QByteArrayList sentBinaries() const;
     /// Returns `sent` and forgets it.
     std::vector<FakeSocketMessage> takeSent();
     /// The client's closing frame, behind everything in `sent`.
     [[nodiscard]] std::optional<FakeSocketClose> closing() const;
 
-    bool connected(const HttpHeaders &headers = {});
-    bool text(const QByteArray &utf8);
-    bool binary(const QByteArray &data);
-    bool ping();
-    bool pong();
-    bool viabilityChanged(bool viable);
-    bool reconnectSuggested();
-    bool disconnected(std::uint16_t code = 1000, const QString &reason = {});
-    bool peerClosed();
-    bool error(const WebSocketError &error);
+    /// Runs the client's handler before it returns; false means that nobody heard, because the client has been
+    /// destroyed, or drops messages because it is closing. What a server or a network cannot do (a message before the
+    /// upgrade, anything after the end, Cancelled) ends the test program.
+    bool deliver(const WebSocketEvent &event);
+    bool connected() { return deliver(websocket::Connected{}); }
+    bool text(const QByteArray &utf8) { return deliver(websocket::Text{utf8}); }
+    bool binary(const QByteArray &data) { return deliver(websocket::Binary{data}); }
+    bool disconnected(std::uint16_t code, const QString &reason)
+    {
+        return deliver(websocket::Disconnected{reason, code});
+    }
 
 private:
     std::shared_ptr<State> m_state;

@@ -2,14 +2,10 @@
 
 #include <QDebug>
 
-#include <condition_variable>
-#include <mutex>
 #include <thread>
 #include <utility>
 
-#include "platform/dispatch/Guarded.h"
 #include "platform/dispatch/MainQueue.h"
-#include "platform/speech/HandlerGate.h"
 
 namespace vynlex {
 namespace {
@@ -20,12 +16,10 @@ SpeechSettings settingsOf(const SpeechConfig &config)
             config.speechSynthesisVoiceName(), config.isDictationEnabled()};
 }
 
-template<typename Function> bool deliver(Delivery delivery, Function &&function)
+bool deliver(const std::function<bool()> &call)
 {
-    if (delivery == Delivery::Inline)
-        return function();
     bool delivered = false;
-    std::thread([&] { delivered = function(); }).join();
+    std::thread([&] { delivered = call(); }).join();
     return delivered;
 }
 
@@ -35,36 +29,6 @@ template<typename Value> std::optional<Value> takeFrom(Guarded<std::optional<Val
 }
 
 } // namespace
-
-struct FakeRecognition::State {
-    struct Seen {
-        bool alive = true;
-        bool started = false;
-        bool cancelled = false;
-        std::optional<SpeechSettings> settings;
-        QByteArray audio;
-        bool closed = false;
-        std::function<void(const SpeechRecognitionResult &)> recognized;
-        std::function<void(const CancellationDetails &)> canceled;
-    };
-
-    Guarded<Seen> seen;
-    HandlerGate gate;
-
-    template<typename Handler, typename Value>
-    bool deliver(Delivery delivery, Handler Seen::*member, const Value &value, bool ends)
-    {
-        const Handler handler = seen.with([&](Seen &s) {
-            if (!s.started)
-                qFatal("FakeSpeechService: delivered to a recogniser that was not started.");
-            if (s.cancelled)
-                qFatal("FakeSpeechService: delivered to a recogniser that had been cancelled.");
-            s.cancelled = ends;
-            return s.*member;
-        });
-        return handler && vynlex::deliver(delivery, [&] { return gate.run([&] { handler(value); }); });
-    }
-};
 
 struct FakeUtterance::State {
     using Outcome = tl::expected<SpeechSynthesisResult, QString>;
@@ -93,14 +57,14 @@ struct FakeUtterance::State {
         ended.notify_all();
     }
 
-    bool complete(Delivery delivery)
+    bool complete()
     {
         if (!claim())
             return false;
         const SpeechSynthesisResult result{
             ResultReason::SynthesizingAudioCompleted, {}, std::chrono::milliseconds(60) * text.size()};
         // A synthesiser that goes in between hears nothing, and its text was not heard to its end.
-        const bool heard = !completed || deliver(delivery, [&] { return gate->run([&] { completed(result); }); });
+        const bool heard = !completed || deliver([&] { return gate->run([&] { completed(result); }); });
         release(heard
                     ? result
                     : SpeechSynthesisResult{ResultReason::Canceled, {CancellationReason::CancelledByUser, {}, {}}, {}});
@@ -132,24 +96,6 @@ struct FakeUtterance::State {
         ended.wait(lock, [&] { return outcome.has_value(); });
         return *outcome;
     }
-};
-
-struct FakeSpeechService::State {
-    struct Lists {
-        std::vector<std::shared_ptr<FakeRecognition::State>> recognitions;
-        std::vector<std::shared_ptr<FakeUtterance::State>> utterances;
-        int synthesizers = 0;
-        int stops = 0;
-        Speaking speaking = Speaking::UntilTold;
-    };
-
-    Guarded<Lists> lists;
-    Guarded<std::optional<QString>> recognizerFailure;
-    Guarded<std::optional<QString>> startFailure;
-    Guarded<std::optional<QString>> synthesizerFailure;
-    Guarded<std::optional<QString>> speakFailure;
-    Guarded<std::optional<CancellationDetails>> speakCancellation;
-    Guarded<std::optional<QString>> stopFailure;
 };
 
 namespace {
@@ -233,9 +179,9 @@ public:
         utterance->completed = synthesisCompleted;
         utterance->gate = m_gate;
         m_utterances.with([&](auto &all) { all.push_back(utterance); });
-        const auto speaking = service->lists.with([&](auto &lists) {
+        const bool completesAtOnce = service->lists.with([&](auto &lists) {
             lists.utterances.push_back(utterance);
-            return lists.speaking;
+            return lists.completesAtOnce;
         });
 
         if (const auto failure = takeFrom(service->speakFailure)) {
@@ -243,8 +189,8 @@ public:
                 utterance->release(tl::unexpected(*failure));
         } else if (const auto cancellation = takeFrom(service->speakCancellation)) {
             utterance->cancel(*cancellation);
-        } else if (speaking == FakeSpeechService::Speaking::CompletesAtOnce) {
-            utterance->complete(Delivery::ServiceThread);
+        } else if (completesAtOnce) {
+            utterance->complete();
         } else if (MainQueue::isCurrent()) {
             qFatal("FakeSpeechService: speakText would block the main thread for ever.");
         }
@@ -253,7 +199,6 @@ public:
 
     tl::expected<void, QString> stopSpeaking() override
     {
-        m_service->lists.with([](auto &lists) { ++lists.stops; });
         if (const auto failure = takeFrom(m_service->stopFailure))
             return tl::unexpected(*failure);
         stopAll();
@@ -273,66 +218,38 @@ private:
     Guarded<std::vector<std::shared_ptr<FakeUtterance::State>>> m_utterances;
 };
 
+/// Runs the handler that `member` was at the start. After a value that `ends` there is nothing more to deliver.
+template<typename Handler, typename Value>
+bool deliverTo(FakeRecognition::State &state, Handler FakeRecognition::Seen::*member, const Value &value, bool ends)
+{
+    const Handler handler = state.seen.with([&](FakeRecognition::Seen &seen) {
+        if (!seen.started)
+            qFatal("FakeSpeechService: delivered to a recogniser that was not started.");
+        if (seen.cancelled)
+            qFatal("FakeSpeechService: delivered to a recogniser that had been cancelled.");
+        seen.cancelled = ends;
+        return seen.*member;
+    });
+    return handler && deliver([&] { return state.gate.run([&] { handler(value); }); });
+}
+
+template<typename State> std::shared_ptr<State> lastOf(const std::vector<std::shared_ptr<State>> &all)
+{
+    if (all.empty())
+        qFatal("FakeSpeechService: there is none yet.");
+    return all.back();
+}
+
 } // namespace
 
-FakeRecognition::FakeRecognition(std::shared_ptr<State> state)
-    : m_state(std::move(state))
+bool FakeRecognition::deliverRecognized(const SpeechRecognitionResult &result)
 {
+    return deliverTo(*m_state, &Seen::recognized, result, false);
 }
 
-bool FakeRecognition::isAlive() const
+bool FakeRecognition::deliverCanceled(const CancellationDetails &details)
 {
-    return m_state->seen.with([](auto &seen) { return seen.alive; });
-}
-
-bool FakeRecognition::isStarted() const
-{
-    return m_state->seen.with([](auto &seen) { return seen.started; });
-}
-
-std::optional<SpeechSettings> FakeRecognition::settingsAtStart() const
-{
-    return m_state->seen.with([](auto &seen) { return seen.settings; });
-}
-
-bool FakeRecognition::hasRecognizedHandler() const
-{
-    return m_state->seen.with([](auto &seen) { return static_cast<bool>(seen.recognized); });
-}
-
-bool FakeRecognition::hasCanceledHandler() const
-{
-    return m_state->seen.with([](auto &seen) { return static_cast<bool>(seen.canceled); });
-}
-
-QByteArray FakeRecognition::audio() const
-{
-    return m_state->seen.with([](auto &seen) { return seen.audio; });
-}
-
-bool FakeRecognition::isInputClosed() const
-{
-    return m_state->seen.with([](auto &seen) { return seen.closed; });
-}
-
-bool FakeRecognition::deliverRecognized(const SpeechRecognitionResult &result, Delivery delivery)
-{
-    return m_state->deliver(delivery, &State::Seen::recognized, result, false);
-}
-
-bool FakeRecognition::deliverRecognized(const QString &text, Ticks duration, Delivery delivery)
-{
-    return deliverRecognized({ResultReason::RecognizedSpeech, text, {}, duration}, delivery);
-}
-
-bool FakeRecognition::deliverCanceled(const CancellationDetails &details, Delivery delivery)
-{
-    return m_state->deliver(delivery, &State::Seen::canceled, details, true);
-}
-
-FakeUtterance::FakeUtterance(std::shared_ptr<State> state)
-    : m_state(std::move(state))
-{
+    return deliverTo(*m_state, &Seen::canceled, details, true);
 }
 
 QString FakeUtterance::text() const
@@ -357,9 +274,9 @@ bool FakeUtterance::wasStopped() const
     return m_state->stopped;
 }
 
-bool FakeUtterance::complete(Delivery delivery)
+bool FakeUtterance::complete()
 {
-    return m_state->complete(delivery);
+    return m_state->complete();
 }
 
 bool FakeUtterance::cancel(const CancellationDetails &details)
@@ -367,26 +284,9 @@ bool FakeUtterance::cancel(const CancellationDetails &details)
     return m_state->cancel(details);
 }
 
-bool FakeUtterance::fail(const QString &sentence)
-{
-    if (!m_state->claim())
-        return false;
-    m_state->release(tl::unexpected(sentence));
-    return true;
-}
-
-FakeSpeechService::FakeSpeechService()
-    : m_state(std::make_shared<State>())
-{
-}
-
-FakeSpeechService::~FakeSpeechService() = default;
-
 tl::expected<std::shared_ptr<SpeechRecognizer>, QString> FakeSpeechService::makeRecognizer(const SpeechConfig &config,
                                                                                            const AudioConfig &audio)
 {
-    if (const auto failure = takeFrom(m_state->recognizerFailure))
-        return tl::unexpected(*failure);
     const auto recognition = std::make_shared<FakeRecognition::State>();
     m_state->lists.with([&](auto &lists) { lists.recognitions.push_back(recognition); });
     return std::make_shared<FakeSpeechRecognizer>(config, audio, m_state, recognition);
@@ -400,87 +300,14 @@ tl::expected<std::shared_ptr<SpeechSynthesizer>, QString> FakeSpeechService::mak
     return std::make_shared<FakeSpeechSynthesizer>(config, m_state);
 }
 
-int FakeSpeechService::recognitionCount() const
-{
-    return m_state->lists.with([](auto &lists) { return static_cast<int>(lists.recognitions.size()); });
-}
-
-FakeRecognition FakeSpeechService::recognition(int index) const
-{
-    return FakeRecognition(m_state->lists.with([&](auto &lists) {
-        if (index < 0 || index >= static_cast<int>(lists.recognitions.size()))
-            qFatal("FakeSpeechService: there is no recogniser %d.", index);
-        return lists.recognitions[static_cast<std::size_t>(index)];
-    }));
-}
-
 FakeRecognition FakeSpeechService::lastRecognition() const
 {
-    return recognition(recognitionCount() - 1);
-}
-
-int FakeSpeechService::synthesizerCount() const
-{
-    return m_state->lists.with([](auto &lists) { return lists.synthesizers; });
-}
-
-int FakeSpeechService::stopSpeakingCount() const
-{
-    return m_state->lists.with([](auto &lists) { return lists.stops; });
-}
-
-int FakeSpeechService::utteranceCount() const
-{
-    return m_state->lists.with([](auto &lists) { return static_cast<int>(lists.utterances.size()); });
-}
-
-FakeUtterance FakeSpeechService::utterance(int index) const
-{
-    return FakeUtterance(m_state->lists.with([&](auto &lists) {
-        if (index < 0 || index >= static_cast<int>(lists.utterances.size()))
-            qFatal("FakeSpeechService: there is no utterance %d.", index);
-        return lists.utterances[static_cast<std::size_t>(index)];
-    }));
+    return FakeRecognition(lastOf(m_state->lists.copy().recognitions));
 }
 
 FakeUtterance FakeSpeechService::lastUtterance() const
 {
-    return utterance(utteranceCount() - 1);
-}
-
-void FakeSpeechService::setSpeaking(Speaking speaking)
-{
-    m_state->lists.with([&](auto &lists) { lists.speaking = speaking; });
-}
-
-void FakeSpeechService::failNextRecognizer(const QString &sentence)
-{
-    m_state->recognizerFailure.set(sentence);
-}
-
-void FakeSpeechService::failNextStart(const QString &sentence)
-{
-    m_state->startFailure.set(sentence);
-}
-
-void FakeSpeechService::failNextSynthesizer(const QString &sentence)
-{
-    m_state->synthesizerFailure.set(sentence);
-}
-
-void FakeSpeechService::failNextSpeakText(const QString &sentence)
-{
-    m_state->speakFailure.set(sentence);
-}
-
-void FakeSpeechService::cancelNextSpeakText(const CancellationDetails &details)
-{
-    m_state->speakCancellation.set(details);
-}
-
-void FakeSpeechService::failNextStopSpeaking(const QString &sentence)
-{
-    m_state->stopFailure.set(sentence);
+    return FakeUtterance(lastOf(m_state->lists.copy().utterances));
 }
 
 } // namespace vynlex

@@ -3,20 +3,18 @@
 #include <QByteArray>
 #include <QString>
 
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <tl/expected.hpp>
 #include <vector>
 
+#include "platform/dispatch/Guarded.h"
+#include "platform/speech/HandlerGate.h"
 #include "platform/speech/SpeechService.h"
 
 namespace vynlex {
-
-/// Where a handler runs when the test delivers something. Either way the call returns after the handler has.
-enum class Delivery {
-    ServiceThread, ///< On a thread that is not the test's, as the shipped service does it.
-    Inline,        ///< On the calling thread.
-};
 
 /// What a recogniser or synthesiser finds in its `SpeechConfig` when it starts work.
 struct SpeechSettings {
@@ -30,27 +28,47 @@ struct SpeechSettings {
 };
 
 /// One recogniser that was made, as the test sees it. A handle, good after the recogniser is gone. Any thread.
+///
+/// Handlers run on a thread that is not the test's, as the shipped service does it; delivering returns after them.
 class FakeRecognition {
 public:
-    struct State;
-    explicit FakeRecognition(std::shared_ptr<State> state);
+    struct Seen {
+        bool alive = true;
+        bool started = false;
+        bool cancelled = false;
+        std::optional<SpeechSettings> settings;
+        QByteArray audio;
+        bool closed = false;
+        std::function<void(const SpeechRecognitionResult &)> recognized;
+        std::function<void(const CancellationDetails &)> canceled;
+    };
+    struct State {
+        Guarded<Seen> seen;
+        HandlerGate gate;
+    };
+    explicit FakeRecognition(std::shared_ptr<State> state)
+        : m_state(std::move(state))
+    {
+    }
 
-    [[nodiscard]] bool isAlive() const;   ///< The recogniser has not been destroyed.
-    [[nodiscard]] bool isStarted() const; ///< Stays true afterwards.
-    [[nodiscard]] std::optional<SpeechSettings> settingsAtStart() const;
-    [[nodiscard]] bool hasRecognizedHandler() const; ///< At the start.
-    [[nodiscard]] bool hasCanceledHandler() const;   ///< At the start.
-    [[nodiscard]] QByteArray audio() const;          ///< What came through the stream since the start.
-    [[nodiscard]] bool isInputClosed() const;
+    [[nodiscard]] bool isAlive() const { return seen().alive; }     ///< The recogniser has not been destroyed.
+    [[nodiscard]] bool isStarted() const { return seen().started; } ///< Stays true afterwards.
+    [[nodiscard]] std::optional<SpeechSettings> settingsAtStart() const { return seen().settings; }
+    [[nodiscard]] QByteArray audio() const { return seen().audio; } ///< What came through the stream since the start.
+    [[nodiscard]] bool isInputClosed() const { return seen().closed; }
 
     /// False when no handler ran: there is none, or the recogniser is gone. Delivering to a recogniser that was never
     /// started, or that has been cancelled, ends the test program.
-    bool deliverRecognized(const SpeechRecognitionResult &result, Delivery delivery = Delivery::ServiceThread);
-    bool deliverRecognized(const QString &text, Ticks duration = std::chrono::seconds(1),
-                           Delivery delivery = Delivery::ServiceThread);
-    bool deliverCanceled(const CancellationDetails &details, Delivery delivery = Delivery::ServiceThread);
+    bool deliverRecognized(const SpeechRecognitionResult &result);
+    bool deliverRecognized(const QString &text, Ticks duration = std::chrono::seconds(1))
+    {
+        return deliverRecognized({ResultReason::RecognizedSpeech, text, {}, duration});
+    }
+    bool deliverCanceled(const CancellationDetails &details);
 
 private:
+    [[nodiscard]] Seen seen() const { return m_state->seen.copy(); }
+
     std::shared_ptr<State> m_state;
 };
 
@@ -60,17 +78,18 @@ private:
 class FakeUtterance {
 public:
     struct State;
-    explicit FakeUtterance(std::shared_ptr<State> state);
+    explicit FakeUtterance(std::shared_ptr<State> state)
+        : m_state(std::move(state))
+    {
+    }
 
     [[nodiscard]] QString text() const;
     [[nodiscard]] SpeechSettings settings() const; ///< When speaking began.
     [[nodiscard]] bool isSpeaking() const;         ///< `speakText` has not been released yet.
     [[nodiscard]] bool wasStopped() const;         ///< By `stopSpeaking` or by the synthesiser's end.
 
-    /// Runs `synthesisCompleted`, then releases `speakText`.
-    bool complete(Delivery delivery = Delivery::ServiceThread);
+    bool complete();                                 ///< Runs `synthesisCompleted`, then releases `speakText`.
     bool cancel(const CancellationDetails &details); ///< `speakText` returns a Canceled result.
-    bool fail(const QString &sentence);              ///< `speakText` fails: the loudspeaker does not work.
 
 private:
     std::shared_ptr<State> m_state;
@@ -82,45 +101,47 @@ private:
 /// thread without such an answer would never return, so it ends the test program. Any thread.
 class FakeSpeechService final : public SpeechService {
 public:
-    enum class Speaking {
-        UntilTold,      ///< `speakText` blocks.
-        CompletesAtOnce ///< `synthesisCompleted` runs on another thread, then `speakText` returns.
-    };
-
-    FakeSpeechService();
-    ~FakeSpeechService() override;
-
     tl::expected<std::shared_ptr<SpeechRecognizer>, QString> makeRecognizer(const SpeechConfig &config,
                                                                             const AudioConfig &audio) override;
     tl::expected<std::shared_ptr<SpeechSynthesizer>, QString> makeSynthesizer(const SpeechConfig &config) override;
 
-    /// In the order in which they were made. `recognition(0)` was the first; asking for one that does not exist ends
-    /// the test program.
-    [[nodiscard]] int recognitionCount() const;
-    [[nodiscard]] FakeRecognition recognition(int index) const;
+    [[nodiscard]] int recognitionCount() const { return static_cast<int>(m_state->lists.copy().recognitions.size()); }
+    [[nodiscard]] int synthesizerCount() const { return m_state->lists.copy().synthesizers; }
+    [[nodiscard]] int utteranceCount() const { return static_cast<int>(m_state->lists.copy().utterances.size()); }
+    /// Asking for one when there is none ends the test program.
     [[nodiscard]] FakeRecognition lastRecognition() const;
-
-    [[nodiscard]] int synthesizerCount() const;
-    [[nodiscard]] int stopSpeakingCount() const;
-    [[nodiscard]] int utteranceCount() const;
-    [[nodiscard]] FakeUtterance utterance(int index) const;
     [[nodiscard]] FakeUtterance lastUtterance() const;
 
-    /// Counts for every later `speakText`.
-    void setSpeaking(Speaking speaking);
+    /// From now on `synthesisCompleted` runs as soon as `speakText` is called, which then returns.
+    void completeSpeakingAtOnce()
+    {
+        m_state->lists.with([](auto &lists) { lists.completesAtOnce = true; });
+    }
 
     /// Each counts once, for the next call of its kind.
-    void failNextRecognizer(const QString &sentence);
-    void failNextStart(const QString &sentence);
-    void failNextSynthesizer(const QString &sentence);
-    void failNextSpeakText(const QString &sentence);
-    void cancelNextSpeakText(const CancellationDetails &details);
-    void failNextStopSpeaking(const QString &sentence);
+    void failNextStart(const QString &sentence) { m_state->startFailure.set(sentence); }
+    void failNextSynthesizer(const QString &sentence) { m_state->synthesizerFailure.set(sentence); }
+    void failNextSpeakText(const QString &sentence) { m_state->speakFailure.set(sentence); }
+    void cancelNextSpeakText(const CancellationDetails &details) { m_state->speakCancellation.set(details); }
+    void failNextStopSpeaking(const QString &sentence) { m_state->stopFailure.set(sentence); }
 
-    struct State;
+    struct State {
+        struct Lists {
+            std::vector<std::shared_ptr<FakeRecognition::State>> recognitions;
+            std::vector<std::shared_ptr<FakeUtterance::State>> utterances;
+            int synthesizers = 0;
+            bool completesAtOnce = false;
+        };
+        Guarded<Lists> lists;
+        Guarded<std::optional<QString>> startFailure;
+        Guarded<std::optional<QString>> synthesizerFailure;
+        Guarded<std::optional<QString>> speakFailure;
+        Guarded<std::optional<CancellationDetails>> speakCancellation;
+        Guarded<std::optional<QString>> stopFailure;
+    };
 
 private:
-    std::shared_ptr<State> m_state;
+    const std::shared_ptr<State> m_state = std::make_shared<State>();
 };
 
 } // namespace vynlex

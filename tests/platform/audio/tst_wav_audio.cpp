@@ -32,7 +32,7 @@ contract::Microphone fakeMicrophone()
 {
     const auto audio = std::make_shared<FakeAudio>();
     auto engine = audio->makeEngine();
-    return {std::move(engine), [audio] { audio->lastCapture().hear(audio->lastCapture().silence()); }};
+    return {std::move(engine), [audio] { audio->lastCapture().hearSilence(); }};
 }
 
 contract::Microphone wavMicrophone(Pace pace)
@@ -105,13 +105,6 @@ private slots:
             contract::playerKeepsItsPromises(
                 [&] { return std::make_unique<WavAudioPlayer>(folder.filePath(QString::number(++number)), pace); }, {});
         }
-    }
-
-    void sessions()
-    {
-        contract::sessionAcceptsTheSetting(*FakeAudio().session());
-        QtAudioSession shipped;
-        contract::sessionAcceptsTheSetting(shipped);
     }
 
     void aSecondTapIsAProgrammingError()
@@ -210,13 +203,6 @@ private slots:
         QVERIFY(microphone.makeEngine()->inputFormat() == format);
     }
 
-    void aFileThatCannotBeReadIsRefusedAtOnce()
-    {
-        WavMicrophone microphone(Pace::RealTime);
-        QCOMPARE(microphone.say("/nowhere/a.wav").error(), "/nowhere/a.wav is not there.");
-        QCOMPARE(microphone.waitingSounds(), 0);
-    }
-
     void theFileHoldsWhatWasPlayed()
     {
         const QTemporaryDir folder;
@@ -257,15 +243,6 @@ private slots:
         QVERIFY(file.size() >= 44 && file.size() < 44 + hour.size() / 2);
         if (file.size() > 44)
             QVERIFY(hour.startsWith(WavFile::parse(file, "a").value().data));
-    }
-
-    void aPlaceThatCannotBeWrittenFailsAtTheStart()
-    {
-        const QTemporaryDir folder;
-        WavAudioPlayer player(folder.filePath("no/a.wav"), WavAudioPlayer::Pace::RealTime);
-        const auto started = player.start(speech);
-        QVERIFY(!started);
-        QVERIFY(started.error().contains("cannot be written"));
     }
 };
 

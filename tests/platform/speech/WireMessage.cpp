@@ -57,28 +57,4 @@ QByteArray serviceAudio(const QByteArray &requestId, const QByteArray &sound)
     return data + block + sound;
 }
 
-void deliver(FakeSocket socket, const WebSocketEvent &event)
-{
-    if (std::holds_alternative<websocket::Connected>(event))
-        socket.connected();
-    else if (const auto *text = std::get_if<websocket::Text>(&event))
-        socket.text(text->utf8);
-    else if (const auto *binary = std::get_if<websocket::Binary>(&event))
-        socket.binary(binary->data);
-    else if (std::holds_alternative<websocket::Ping>(event))
-        socket.ping();
-    else if (const auto *viability = std::get_if<websocket::ViabilityChanged>(&event))
-        socket.viabilityChanged(viability->viable);
-    else if (std::holds_alternative<websocket::ReconnectSuggested>(event))
-        socket.reconnectSuggested();
-    else if (const auto *closed = std::get_if<websocket::Disconnected>(&event))
-        socket.disconnected(closed->code, closed->reason);
-    else if (std::holds_alternative<websocket::PeerClosed>(event))
-        socket.peerClosed();
-    else if (const auto *error = std::get_if<websocket::Error>(&event))
-        socket.error(error->error);
-    else
-        qFatal("no server causes this event");
-}
-
 } // namespace vynlex

@@ -25,7 +25,4 @@ WireMessage readWire(const FakeSocketMessage &sent);
 QByteArray serviceText(const char *path, const QByteArray &requestId, const QByteArray &body = "{}");
 QByteArray serviceAudio(const QByteArray &requestId, const QByteArray &sound);
 
-/// Any event that a server or the network can cause.
-void deliver(FakeSocket socket, const WebSocketEvent &event);
-
 } // namespace vynlex

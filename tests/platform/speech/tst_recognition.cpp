@@ -80,7 +80,7 @@ struct World {
     }
     void lose(const WebSocketEvent &event = websocket::PeerClosed{})
     {
-        deliver(link(), event);
+        link().deliver(event);
         worker->run();
     }
     /// Loses the connection and waits until the next one stands.
@@ -461,7 +461,7 @@ private slots:
             websocket::ViabilityChanged{false},
         };
         for (const auto &stray : strays)
-            deliver(world.link(), stray);
+            world.link().deliver(stray);
         world.worker->run();
         QCOMPARE(world.results.size(), 1U);
         QVERIFY(world.cancellations.empty());
@@ -724,19 +724,6 @@ private slots:
         world.worker->advance(100ms);
         QCOMPARE(world.turns().back().pcm, signal(0, 25 * second));
         QVERIFY(world.turns().back().ended);
-    }
-
-    void soundAsItIsSpokenIsSentAtOnce()
-    {
-        World world;
-        world.startConnected();
-        for (int i = 0; i < 1000; ++i) {
-            world.write(160);
-            if (i == 0)
-                world.say("turn.start", "");
-            QCOMPARE(world.turns().back().pcm.size(), world.written * 2);
-            world.worker->advance(10ms);
-        }
     }
 
     void theKeyStaysInItsHeader()

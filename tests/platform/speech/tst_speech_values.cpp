@@ -37,24 +37,6 @@ private slots:
             QVERIFY(!config.error().contains("secret"));
         }
     }
-
-    void copiesShareTheirSettings()
-    {
-        auto config = SpeechConfig::fromSubscription("key", "region").value();
-        const SpeechConfig copy = config;
-        QCOMPARE(copy.speechRecognitionLanguage(), "en-US");
-        QVERIFY(!copy.isDictationEnabled());
-
-        config.enableDictation();
-        config.setSpeechRecognitionLanguage("hi-IN");
-        config.setSpeechSynthesisVoiceName("hi-IN-SwaraNeural");
-
-        QVERIFY(copy.isDictationEnabled());
-        QCOMPARE(copy.speechRecognitionLanguage(), "hi-IN");
-        QCOMPARE(copy.speechSynthesisVoiceName(), "hi-IN-SwaraNeural");
-        QCOMPARE(copy.subscriptionKey(), "key");
-        QCOMPARE(copy.region(), "region");
-    }
 };
 
 class TestSpeechMessage : public QObject {

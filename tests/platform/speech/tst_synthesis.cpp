@@ -85,7 +85,7 @@ struct World {
     FakePlayback sound() const { return audio.lastPlayback(); }
     void deliver(const WebSocketEvent &event)
     {
-        vynlex::deliver(link(), event);
+        link().deliver(event);
         worker->run();
     }
     void say(const char *path, const QByteArray &body = "{}")
