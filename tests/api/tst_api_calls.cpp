@@ -19,29 +19,6 @@ using Case = VLApiRequestError::Case;
 
 namespace {
 
-// A record that lacks a field of a request, or has it in another form, is none.
-struct WithoutQuery {
-    using ReturnDataType = VLChatThread;
-    VLAPIPath path;
-    VLHTTPMethod method;
-    std::optional<VLRequestParameters> requestParameters;
-    std::type_identity<VLChatThread> response;
-};
-struct WithoutAnswer : GetContactsRequest {
-    using ReturnDataType = void;
-};
-struct NotReadable : ApiRequest<QUrl> {};
-struct OfOtherAnswer : GetContactsRequest {
-    using ReturnDataType = VLChatThread;
-};
-struct PathAsText : GetContactsRequest {
-    QString path;
-};
-static_assert(VLAPIRequest<GetContactsRequest> && VLAPIRequest<GetJWTokenRequest> &&
-              VLAPIRequest<ContactsUploadRequest>);
-static_assert(!VLAPIRequest<WithoutQuery> && !VLAPIRequest<WithoutAnswer> && !VLAPIRequest<NotReadable>);
-static_assert(!VLAPIRequest<OfOtherAnswer> && !VLAPIRequest<PathAsText> && !VLAPIRequest<User>);
-
 const QByteArray thread = R"({"_id":"T1","name":"","status":"active","context":"u2","conferaId":"c","createdBy":"u1",
     "isRestrictedChat":false,"update":false,"numberOfAttachments":0,"createdAt":"2026-01-31T09:15:00.000+0000",
     "modifiedAt":791543700,"members":[{"_id":"u1","name":"A","lname":"B"},{"_id":"u2","name":"C","lname":"D"}]})";
@@ -139,13 +116,6 @@ template<VLAPIRequest Request> VLApiResult<HttpRequest> built(const Request &rec
     return VLApiRequestManager::buildURLRequest(record, VLApiServer::rc, u"a.b.c"_s, u"d"_s);
 }
 
-GetContactsRequest changed(VLHTTPMethod method, const std::optional<VLRequestParameters> &parameters)
-{
-    GetContactsRequest request({}, parameters);
-    request.method = method;
-    return request;
-}
-
 VLApiRequestError errorOf(const HttpResponse &response)
 {
     const auto answer = VLApiRequestManager::validateAndDecode<VLSuccessResponse>(response);
@@ -213,31 +183,6 @@ private slots:
         QCOMPARE(headersOf(GetJWTokenRequest({}), {}), expected);
         expected.emplace_back("authorization", "a.b.c");
         QCOMPARE(headersOf(GetJWTokenRequest({}), u"a.b.c"_s), expected);
-    }
-
-    void onlyPostAndPutCarryABody_data()
-    {
-        QTest::addColumn<int>("method");
-        QTest::addColumn<double>("number");
-        QTest::addColumn<QByteArray>("body");
-        const auto row = [](const char *name, VLHTTPMethod method, double number, const char *body) {
-            QTest::newRow(name) << static_cast<int>(method) << number << QByteArray(body);
-        };
-        row("get", VLHTTPMethod::get, 1, "");
-        row("delete", VLHTTPMethod::delete_, 1, "");
-        row("post", VLHTTPMethod::post, 1, R"({"a":[{"b":1}]})");
-        row("put", VLHTTPMethod::put, 1.5, R"({"a":[{"b":1.5}]})");
-        row("what JSON cannot say", VLHTTPMethod::post, qInf(), "");
-    }
-    void onlyPostAndPutCarryABody()
-    {
-        QFETCH(const int, method);
-        QFETCH(const double, number);
-        QFETCH(const QByteArray, body);
-        const VLRequestParameters parameters{{u"a"_s, QJsonArray{QJsonObject{{u"b"_s, number}}}}};
-        QCOMPARE(built(changed(static_cast<VLHTTPMethod>(method), parameters))->body, body);
-        QCOMPARE(built(changed(static_cast<VLHTTPMethod>(method), VLRequestParameters()))->body, QByteArray());
-        QCOMPARE(built(changed(static_cast<VLHTTPMethod>(method), {}))->body, QByteArray());
     }
 
     void whatAPathMayNotHoldIsEscaped()
@@ -454,5 +399,11 @@ private:
 };
 
 static const InSuite<TestApiCalls> inSuite;
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    return runSuite(argc, argv);
+}
 
 #include "tst_api_calls.moc"

@@ -77,17 +77,6 @@ private slots:
         QCOMPARE(VLApiServer(VLApiServer::tenantGroups).rawValue(), u"groups.confera.example"_s);
     }
 
-    void verbsAndPathsAreTheBackends()
-    {
-        QCOMPARE(wordOf(VLHTTPMethod::delete_), "DELETE"_L1);
-        QVERIFY(fromWord<VLHTTPMethod>(u"PUT") == VLHTTPMethod::put);
-        QVERIFY(!fromWord<VLHTTPMethod>(u"get"));
-        QCOMPARE(VLAPIPath::getChatThreadMessages(u"T1"_s).apiPathString(), u"chat/thread/T1/messages"_s);
-        QCOMPARE(VLAPIPath::sendChatMessage(u"T1"_s).apiPathString(), u"chat/thread/T1/messages"_s);
-        QVERIFY(VLAPIPath::sendChatMessage(u"T1"_s) != VLAPIPath::getChatThreadMessages(u"T1"_s));
-        QCOMPARE(VLAPIPath::getChatThreadMessages({}).apiPathString(), u"chat/thread//messages"_s);
-    }
-
     void everyKeyOfADirectoryRecordIsRead_data()
     {
         const QByteArray token = R"({"jwt":"1","refToken":"2","jwt_expires_on":"3","reftoken_expires_on":"4"})";

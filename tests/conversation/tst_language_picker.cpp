@@ -93,21 +93,6 @@ private slots:
         QVERIFY(view->isShown());
     }
 
-    void rowsThatAreNotThereAreIgnored()
-    {
-        const auto view = picker(Side::Speaker);
-        view->onLanguageSelection = [](LanguageOption) { QFAIL("told of nothing"); };
-        view->show();
-        view->didSelectRow(-1);
-        view->didSelectRow(6);
-        QCOMPARE(view->selectedLanguage, LanguageOption::english);
-        QVERIFY(!m_platform->userDefaults->string(u"SpeakerLanguage"_s));
-
-        view->onLanguageSelection = {};
-        view->didSelectRow(5); // and an owner who does not want to know
-        QCOMPARE(m_platform->userDefaults->string(u"SpeakerLanguage"_s), u"తెలుగు"_s);
-    }
-
     void theSheetIsAsHighAsItsRowsAndTheDevicesEdge()
     {
         const auto view = picker(Side::Speaker);

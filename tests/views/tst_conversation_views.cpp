@@ -232,16 +232,6 @@ private slots:
         if (!closes)
             QCOMPARE(row->mapToScene(row->boundingRect().center()).toPoint(), grip);
     }
-
-    void anAlertLiesOverTheScreenAndGivesItBack()
-    {
-        ConversationStage stage(m_phone);
-        QVERIFY(scene(u"alert"_s).play(stage));
-        QCOMPARE(stage.probe.controlNames(), QStringList(u"Ok"_s));
-        QVERIFY(stage.press(u"Ok"_s));
-        TRY_VERIFY(stage.probe.controlNames().contains(u"Back"_s));
-        QVERIFY(stage.listen(Side::Speaker));
-    }
 };
 
 QTEST_MAIN(ConversationViewsTest)

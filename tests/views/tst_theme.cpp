@@ -99,36 +99,14 @@ private slots:
     void everyPictureIsInTheLibrary_data()
     {
         QTest::addColumn<QString>("name");
-        for (const char *name : {"micButton",
-                                 "micStopButton",
-                                 "playButton",
-                                 "pauseButton",
-                                 "cross",
-                                 "radioButton_Unselected",
-                                 "radioButton_Selected",
-                                 "conversionButton",
-                                 "infoButton",
-                                 "backButton",
-                                 "chevronDown",
-                                 "notify_icon",
-                                 "translate_icon",
-                                 "home_bottom_transition",
-                                 "call_home",
-                                 "voice_home",
-                                 "back",
-                                 "micWhite",
-                                 "pauseIcon",
-                                 "sendMessage",
-                                 "mic_recording",
-                                 "deleteButton",
-                                 "normalAudioWave",
-                                 "completedAudioWave",
-                                 "audioWave",
-                                 "audioPlayIcon",
-                                 "chatAudioPlayButton",
-                                 "chatSelfPlayButton",
-                                 "playButtonForParticipant"})
-            QTest::newRow(name) << QString::fromLatin1(name);
+        constexpr auto names =
+            "micButton micStopButton playButton pauseButton cross radioButton_Unselected "
+            "radioButton_Selected conversionButton infoButton backButton chevronDown notify_icon "
+            "translate_icon home_bottom_transition call_home voice_home back micWhite pauseIcon sendMessage "
+            "mic_recording deleteButton normalAudioWave completedAudioWave audioWave audioPlayIcon "
+            "chatAudioPlayButton chatSelfPlayButton playButtonForParticipant";
+        for (const QByteArray &name : QByteArray(names).split(' '))
+            QTest::newRow(name.constData()) << QString::fromLatin1(name);
     }
     void everyPictureIsInTheLibrary()
     {

@@ -19,27 +19,6 @@ class tst_controls : public QObject {
     Q_OBJECT
 
 private slots:
-    void aButtonShowsTheImageOfItsState()
-    {
-        ButtonState button;
-        QSignalSpy changed(&button, &ButtonState::currentImageChanged);
-        QVERIFY(button.currentImage().isEmpty());
-
-        button.setImage(QUrl(u"qrc:/play"_s), ButtonState::Appearance::Normal);
-        QCOMPARE(button.currentImage(), QUrl(u"qrc:/play"_s));
-        QCOMPARE(changed.count(), 1);
-
-        button.setSelected(true); // without an image of its own a selected button keeps the normal one
-        QCOMPARE(button.currentImage(), QUrl(u"qrc:/play"_s));
-        QCOMPARE(changed.count(), 1);
-
-        button.setImage(QUrl(u"qrc:/pause"_s), ButtonState::Appearance::Selected);
-        QCOMPARE(button.currentImage(), QUrl(u"qrc:/pause"_s));
-        button.setSelected(false);
-        QCOMPARE(button.currentImage(), QUrl(u"qrc:/play"_s));
-        QCOMPARE(changed.count(), 3);
-    }
-
     void colorsAreReadFromHexadecimalText_data()
     {
         addRows<QString, QColor>({

@@ -361,32 +361,6 @@ private slots:
         QCOMPARE(other.as(rohan).ask("GET", "/api/contacts/all").json["total"].toInt(), 0);
     }
 
-    void theAddressBookOfTheSeedFindsPeopleInEveryScript()
-    {
-        QFile file(QString::fromStdString(defaultSeedFile().string()));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const auto book = QJsonDocument::fromJson(file.readAll())["deviceContacts"].toArray();
-        QVERIFY(book.size() >= 60);
-        QList<std::pair<QString, QString>> numbers;
-        for (const auto entry : book) {
-            const auto person = entry.toObject();
-            for (const auto number : person["phoneNumbers"].toArray()) {
-                const auto digits = number.toString().remove(QRegularExpression("[^0-9]"));
-                numbers.emplace_back(person["name"].toString() + " " + person["lname"].toString(), digits);
-            }
-        }
-        Caller caller(listening());
-        caller.as(brian).ask("PUT", "/api/contacts/append", uploadBody(numbers));
-        const auto found = caller.ask("GET", "/api/contacts/all").json;
-        QCOMPARE(caller.violations, QStringList());
-        QVERIFY(found["total"].toInt() >= 30);
-        QVERIFY(found["total"].toInt() < numbers.size() - 20); // some are strangers
-        const auto names = listed(found, "contacts", "name").join(' ');
-        for (const auto script : {QChar::Script_Latin, QChar::Script_Devanagari, QChar::Script_Gujarati,
-                                  QChar::Script_Bengali, QChar::Script_Telugu})
-            QVERIFY(std::any_of(names.begin(), names.end(), [&](QChar c) { return c.script() == script; }));
-    }
-
     void callsAreThoseOfTheCallerNewestFirst()
     {
         const auto all = m_caller->calls("one_to_one_call,group_call").json;

@@ -112,14 +112,6 @@ private slots:
         QCOMPARE(codeOf([&] { (void)parseSpeechMessage({isBinary, data.toStdString()}); }), code);
     }
 
-    void whatIsSentHasTheServicesForm()
-    {
-        QCOMPARE(textMessage("turn.end", id, "{}"),
-                 "X-RequestId:" + id + "\r\nContent-Type:application/json; charset=utf-8\r\nPath:turn.end\r\n\r\n{}");
-        const auto message = binaryMessage({{"X-RequestId", id}, {"Path", "audio"}}, "PCM");
-        QCOMPARE(message, std::string("\0\x3a", 2) + "X-RequestId:" + id + "\r\nPath:audio\r\nPCM");
-    }
-
     void audioMustBeSixteenKilohertzMono_data()
     {
         const QByteArray good = waveHeader(1, 1, 16000, 16);
@@ -180,21 +172,6 @@ private slots:
     {
         const auto [ssml] = currentRow<QByteArray>();
         QCOMPARE(codeOf([&] { (void)parseSsml(ssml.toStdString()); }), 1007);
-    }
-
-    void outputFormatsAreKnownByName()
-    {
-        for (const auto &[name, rate] : {std::pair{"raw-8khz-16bit-mono-pcm", 8000},
-                                         {"raw-16khz-16bit-mono-pcm", 16000},
-                                         {"riff-24khz-16bit-mono-pcm", 24000},
-                                         {"riff-48khz-16bit-mono-pcm", 48000}}) {
-            const auto format = OutputFormat::named(name);
-            QVERIFY2(format, name);
-            QCOMPARE(format->sampleRateHz, rate);
-            QCOMPARE(format->riff, QByteArray(name).startsWith("riff"));
-        }
-        QVERIFY(!OutputFormat::named("audio-24khz-48kbitrate-mono-mp3"));
-        QVERIFY(!OutputFormat::named(""));
     }
 
     void anUpgradeNeedsAKeyAConnectionAndALanguage_data()
