@@ -1,4 +1,4 @@
-// Reading the backend's answers into records, beside what the JSON parser alone takes for the same bytes.
+// Reading the backend's answers into records, beside what Qt's JSON parser takes for the same bytes.
 
 #include <QJsonDocument>
 

@@ -19,13 +19,14 @@ struct SystemComponent {
     std::optional<std::vector<VLChatUser>> usersRemoved;
 };
 
-QString creatorOf(const QJsonObject &message)
+QString creatorOf(const JsonView &message)
 {
-    const QJsonValue creator = message.value("createdBy"_L1);
-    if (!creator.isUndefined() && !creator.isNull() && !creator.isString())
+    const JsonView creator = message.find("createdBy"_L1);
+    auto text = creator.text();
+    if (!text && !creator.isMissing() && !creator.isNull())
         fatalError(u"ChatRecords.cpp: the \"createdBy\" of a VLChatMessage is neither text nor null; the backend must "
                    "send a user id."_s);
-    return creator.toString();
+    return std::move(text).value_or(QString());
 }
 
 } // namespace
@@ -42,25 +43,24 @@ inline constexpr auto fields<SystemComponent> = std::tuple{
     lenient("usersRemoved", &SystemComponent::usersRemoved),
 };
 
-bool json::Reader<VLChatMessage>::read(const QJsonValue &json, VLChatMessage &message, Failure *failure)
+bool json::Reader<VLChatMessage>::read(const JsonView &json, VLChatMessage &message, Failure *failure)
 {
     if (!json.isObject())
         return fail(failure, json, "expected an object");
-    const QJsonObject object = json.toObject();
-    if (!readFields(object, message, failure))
+    if (!readFields(json, message, failure))
         return false;
-    message.creatorId = creatorOf(object);
+    message.creatorId = creatorOf(json);
     message.isSystemMessage = message.messageType == VLChatMessageType::system;
     // All of a component is lenient: reading one fails only when it is no object, which is as if it were not there.
     if (message.isSystemMessage) {
         SystemComponent component;
-        Reader<SystemComponent>::read(object.value("systemComponent"_L1), component, nullptr);
+        Reader<SystemComponent>::read(json.find("systemComponent"_L1), component, nullptr);
         message.messageText = std::move(component.message);
         message.addedUsers = std::move(component.usersAdded);
         message.removedUsers = std::move(component.usersRemoved);
     } else {
         MessageComponent component;
-        Reader<MessageComponent>::read(object.value("messageComponent"_L1), component, nullptr);
+        Reader<MessageComponent>::read(json.find("messageComponent"_L1), component, nullptr);
         message.messageText = std::move(component.text);
         message.attachments = std::move(component.attachments);
     }

@@ -203,7 +203,7 @@ namespace json {
 /// Which component of a message counts depends on its type. A "createdBy" that is neither text nor null ends the
 /// process: deliberate, the backend must never send one.
 template<> struct Reader<VLChatMessage> {
-    static bool read(const QJsonValue &json, VLChatMessage &message, Failure *failure);
+    static bool read(const JsonView &json, VLChatMessage &message, Failure *failure);
 };
 
 } // namespace json

@@ -15,7 +15,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "platform/json/JsonText.h"
+#include "platform/json/JsonView.h"
 #include "platform/json/RecordError.h"
 #include "platform/json/Words.h"
 
@@ -63,10 +63,10 @@ namespace json {
 /// nothing for it; a lenient reading passes null instead and has nothing written down at all.
 using Failure = RecordError;
 
-inline bool fail(Failure *failure, const QJsonValue &json, const char *expected)
+inline bool fail(Failure *failure, const JsonView &json, const char *expected)
 {
     if (failure)
-        failure->problem = QLatin1StringView(json.isUndefined() ? "missing" : expected);
+        failure->problem = QLatin1StringView(json.isMissing() ? "missing" : expected);
     return false;
 }
 
@@ -84,28 +84,37 @@ inline bool failAt(Failure *failure, qsizetype index)
     return false;
 }
 
+/// Takes what was found in `json`; without it, `json` is not what was expected.
+template<typename Value>
+bool take(const JsonView &json, std::optional<Value> &&found, Value &value, Failure *failure, const char *expected)
+{
+    if (!found)
+        return fail(failure, json, expected);
+    value = *std::move(found);
+    return true;
+}
+
 template<typename Value> struct Reader;
 
 template<typename Record, typename Value>
-bool readField(const QJsonObject &object, const Field<Record, Value, Leniency::Strict> &field, Record &record,
+bool readField(const JsonView &object, const Field<Record, Value, Leniency::Strict> &field, Record &record,
                Failure *failure)
 {
-    return Reader<Value>::read(object.value(field.key), record.*field.member, failure) || failAt(failure, field.key);
+    return Reader<Value>::read(object.find(field.key), record.*field.member, failure) || failAt(failure, field.key);
 }
 
 template<typename Record, typename Value>
-bool readField(const QJsonObject &object, const Field<Record, Value, Leniency::Lenient> &field, Record &record,
-               Failure *)
+bool readField(const JsonView &object, const Field<Record, Value, Leniency::Lenient> &field, Record &record, Failure *)
 {
     Value value{};
-    const QJsonValue json = object.value(field.key);
-    if (!json.isUndefined() && !json.isNull() && Reader<Value>::read(json, value, nullptr))
+    const JsonView json = object.find(field.key);
+    if (!json.isMissing() && !json.isNull() && Reader<Value>::read(json, value, nullptr))
         record.*field.member = std::move(value);
     return true;
 }
 
 /// What the record's table names; stops at the first field that fails.
-template<typename Record> bool readFields(const QJsonObject &object, Record &record, Failure *failure)
+template<typename Record> bool readFields(const JsonView &object, Record &record, Failure *failure)
 {
     return std::apply([&](const auto &...field) { return (readField(object, field, record, failure) && ...); },
                       fields<Record>);
@@ -116,10 +125,9 @@ template<typename Record> bool readFields(const QJsonObject &object, Record &rec
 template<typename Value> struct Reader {
     static_assert(JsonRecord<Value>, "the record has no table of fields");
 
-    static bool read(const QJsonValue &json, Value &record, Failure *failure)
+    static bool read(const JsonView &json, Value &record, Failure *failure)
     {
-        return json.isObject() ? readFields(json.toObject(), record, failure)
-                               : fail(failure, json, "expected an object");
+        return json.isObject() ? readFields(json, record, failure) : fail(failure, json, "expected an object");
     }
 
     static QJsonValue write(const Value &record)
@@ -137,46 +145,33 @@ template<typename Value> struct Reader {
 };
 
 template<> struct Reader<QString> {
-    static bool read(const QJsonValue &json, QString &value, Failure *failure)
+    static bool read(const JsonView &json, QString &value, Failure *failure)
     {
-        if (!json.isString())
-            return fail(failure, json, "expected text");
-        value = json.toString();
-        return true;
+        return take(json, json.text(), value, failure, "expected text");
     }
     static QJsonValue write(const QString &value) { return value; }
 };
 
 template<> struct Reader<bool> {
-    static bool read(const QJsonValue &json, bool &value, Failure *failure)
+    static bool read(const JsonView &json, bool &value, Failure *failure)
     {
-        if (!json.isBool())
-            return fail(failure, json, "expected true or false");
-        value = json.toBool();
-        return true;
+        return take(json, json.flag(), value, failure, "expected true or false");
     }
     static QJsonValue write(bool value) { return value; }
 };
 
 template<> struct Reader<double> {
-    static bool read(const QJsonValue &json, double &value, Failure *failure)
+    static bool read(const JsonView &json, double &value, Failure *failure)
     {
-        if (!json.isDouble())
-            return fail(failure, json, "expected a number");
-        value = json.toDouble();
-        return true;
+        return take(json, json.number(), value, failure, "expected a number");
     }
     static QJsonValue write(double value) { return value; }
 };
 
-/// A whole number, in whatever way it is written (3, 3.0, 3e2), that 64 bits hold.
 template<> struct Reader<qint64> {
-    static bool read(const QJsonValue &json, qint64 &value, Failure *failure)
+    static bool read(const JsonView &json, qint64 &value, Failure *failure)
     {
-        value = json.toInteger(0);
-        if (value == 0 && json.toInteger(1) == 1) // not zero, but the value for what is no integer
-            return fail(failure, json, "expected an integer");
-        return true;
+        return take(json, json.integer(), value, failure, "expected an integer");
     }
     static QJsonValue write(qint64 value) { return value; }
 };
@@ -186,9 +181,9 @@ template<> struct Reader<QDateTime> {
     static constexpr double epochMs = 978'307'200'000;
     static constexpr double latestMs = 8.64e15; // 100 million days, within what QDateTime can tell
 
-    static bool read(const QJsonValue &json, QDateTime &value, Failure *failure)
+    static bool read(const JsonView &json, QDateTime &value, Failure *failure)
     {
-        const double sinceEpochMs = std::round(json.toDouble(qQNaN()) * 1000);
+        const double sinceEpochMs = std::round(json.number().value_or(qQNaN()) * 1000);
         if (!(std::abs(sinceEpochMs) <= latestMs))
             return fail(failure, json, "expected seconds since 2001");
         value = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(epochMs + sinceEpochMs), Qt::UTC);
@@ -201,29 +196,26 @@ template<> struct Reader<QDateTime> {
 };
 
 template<Worded Enumeration> struct Reader<Enumeration> {
-    static bool read(const QJsonValue &json, Enumeration &value, Failure *failure)
+    static bool read(const JsonView &json, Enumeration &value, Failure *failure)
     {
-        const auto known = json.isString() ? fromWord<Enumeration>(json.toString()) : std::nullopt;
-        if (!known)
-            return fail(failure, json, "expected one of the known words");
-        value = *known;
-        return true;
+        const auto text = json.text();
+        return take(json, text ? fromWord<Enumeration>(*text) : std::nullopt, value, failure,
+                    "expected one of the known words");
     }
     static QJsonValue write(Enumeration value) { return wordOf(value); }
 };
 
 template<typename Element> struct Reader<std::vector<Element>> {
-    static bool read(const QJsonValue &json, std::vector<Element> &elements, Failure *failure)
+    static bool read(const JsonView &json, std::vector<Element> &elements, Failure *failure)
     {
         if (!json.isArray())
             return fail(failure, json, "expected an array");
-        const QJsonArray array = json.toArray();
-        const qsizetype size = array.size();
+        JsonElements array(json);
         elements.clear();
-        elements.reserve(static_cast<std::size_t>(size));
-        for (qsizetype i = 0; i < size; ++i) {
-            if (!Reader<Element>::read(array.at(i), elements.emplace_back(), failure))
-                return failAt(failure, i);
+        elements.reserve(array.expected());
+        while (const auto element = array.next()) {
+            if (!Reader<Element>::read(*element, elements.emplace_back(), failure))
+                return failAt(failure, static_cast<qsizetype>(elements.size()) - 1);
         }
         return true;
     }
@@ -237,9 +229,9 @@ template<typename Element> struct Reader<std::vector<Element>> {
 };
 
 template<typename Value> struct Reader<std::optional<Value>> {
-    static bool read(const QJsonValue &json, std::optional<Value> &value, Failure *failure)
+    static bool read(const JsonView &json, std::optional<Value> &value, Failure *failure)
     {
-        if (json.isUndefined() || json.isNull()) {
+        if (json.isMissing() || json.isNull()) {
             value.reset();
             return true;
         }
@@ -256,12 +248,12 @@ template<typename Value> struct Reader<std::optional<Value>> {
 /// Reads a whole JSON text as `Value`: a record, or a vector of records. Keys that no field names are ignored.
 template<typename Value> tl::expected<Value, RecordError> decodeJson(const QByteArray &text)
 {
-    const auto parsed = parseJson(text);
-    if (!parsed)
-        return tl::unexpected(RecordError{QStringLiteral("$"), parsed.error()});
+    const auto tree = JsonTree::parse(text);
+    if (!tree)
+        return tl::unexpected(RecordError{QStringLiteral("$"), tree.error()});
     tl::expected<Value, RecordError> value;
     json::Failure failure;
-    if (!json::Reader<Value>::read(*parsed, *value, &failure))
+    if (!json::Reader<Value>::read(tree->root(), *value, &failure))
         value = tl::unexpected(RecordError{QLatin1Char('$') + failure.path, failure.problem});
     return value;
 }

@@ -1,5 +1,7 @@
 #include <QTest>
 
+#include "platform/json/JsonText.h"
+#include "platform/json/JsonView.h"
 #include "platform/json/Record.h"
 
 using namespace Qt::StringLiterals;
@@ -41,6 +43,46 @@ struct Strict {
     Colour colour = Colour::green;
     std::optional<QDateTime> date;
 };
+
+/// Whether Qt's parser and the tree, two libraries, have read the same. Keys are ASCII.
+bool same(const QJsonValue &qt, const JsonView &seen)
+{
+    switch (qt.type()) {
+    case QJsonValue::Null:
+        return seen.isNull();
+    case QJsonValue::Bool:
+        return seen.flag() == qt.toBool();
+    case QJsonValue::Double: {
+        const bool isInteger = qt.toInteger(0) == qt.toInteger(1);
+        return seen.number() == qt.toDouble() &&
+               seen.integer() == (isInteger ? std::optional(qt.toInteger()) : std::nullopt);
+    }
+    case QJsonValue::String:
+        return seen.text() == qt.toString();
+    case QJsonValue::Array: {
+        const QJsonArray array = qt.toArray();
+        JsonElements elements(seen);
+        return seen.isArray() && elements.expected() == static_cast<std::size_t>(array.size()) &&
+               std::ranges::all_of(array, [&](const auto &element) { return same(element, *elements.next()); }) &&
+               !elements.next();
+    }
+    case QJsonValue::Object: {
+        const QJsonObject object = qt.toObject();
+        return seen.isObject() && std::ranges::all_of(object.keys(), [&](const QString &key) {
+                   const QByteArray latin1 = key.toLatin1();
+                   return same(object.value(key), seen.find(QLatin1StringView(latin1)));
+               });
+    }
+    case QJsonValue::Undefined:
+        break;
+    }
+    return seen.isMissing();
+}
+
+QByteArray nested(int depth, const QByteArray &innermost)
+{
+    return QByteArray(depth, '[') + innermost + QByteArray(depth, ']');
+}
 
 } // namespace
 
@@ -185,6 +227,78 @@ private slots:
     {
         QFETCH(const QByteArray, text);
         QVERIFY(!decodeJson<Tree>(text));
+    }
+
+    /// Also where Qt is laxer than the standard: what the backend once sent stays readable.
+    void aTextIsTakenAsQtTakesIt_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        const QList<QByteArray> texts = {
+            "", " ", "{", "}", "[", "{}", "[]", " \t\r\n{ }\n", "\v{}", "{}{}", "{} x", "[1] ]", "[1", "[1,]", "[,1]",
+            "[1 2]", "{\"a\":1,}", "{\"a\" 1}", "{\"a\"}", "{a:1}", "{1:1}", "{\"a\":}", "{'a':1}", "[nul]", "[nullx]",
+            "[True]", "[NaN]", "[Infinity]", "[undefined]", "[1]//", "[/1]",
+            // on their own
+            "1", "-1.5", "\"a\"", "true", "null", "nul", "1,2", "1]", "],[", "\"", " 7 ",
+            // order and repetition of keys
+            "{\"a\":1,\"b\":2,\"a\":3}", "{\"a\":1,\"a\":null}", "{\"a\":{\"b\":1},\"a\":{\"c\":2}}", "{\"\":1}",
+            "{\"\\u0061\":1,\"a\":2}", "{\"b\":[{\"c\":[[],{}]}],\"a\":{\"b\":{\"c\":{}}}}",
+            // numbers
+            "[0,-0,-0.0,0.0,1e0,1E+2,1e-2,12.50]", "[01]", "[-]", "[+1]", "[.5]", "[-.5]", "[1.]", "[1.e2]", "[1e]",
+            "[1e+]", "[0x1]", "[1_0]", "[--1]", "[1e400]", "[-1e400]", "[1e-320]", "[4.9e-324]", "[0e-999]",
+            "[9007199254740993,9007199254740993.0,9223372036854775807,-9223372036854775808]",
+            "[9223372036854775808,-9223372036854775809,18446744073709551615,18446744073709551616]",
+            "[9.223372036854775807e18,-9.223372036854775808e18,9.3e18,1e18]", "[100000000000000000000000000000]",
+            "[0.1,0.30000000000000004,2.2250738585072011e-308,1.7976931348623157e308,123456789012345678.25]",
+            "[0.1000000000000000055511151231257827021181583404541015625]",
+            // texts
+            "[\"\\\"\\\\\\/\\b\\f\\n\\r\\t\\u00e9\\u0000\\u001f\"]", "[\"\\ud800\"]", "[\"a\\udc00b\"]",
+            "[\"\\ud800\\ud800\\udc00\"]", "[\"\\ud800\\u0041\"]", "[\"\\ud83d\\ude00\"]", "[\"\\uD83D\\uDE00\"]",
+            "[\"\\a\"]", "[\"\\'\"]", "[\"\\u12\"]", "[\"\\u12g4\"]", "[\"\\", "[\"\\\\ud800 \\\\\"]", "[\"a\nb\tc\"]",
+            QByteArray("[\"a\0b\"]", 7), QByteArray("[1]\0", 4), QByteArray("\0", 1), "[\"\x7f\"]",
+            // encoding
+            "\xef\xbb\xbf{}", "\xef\xbb\xbf", "\xef\xbb{}", "\xef\xbb\xbf\xef\xbb\xbf[]", "[\"\xef\xbb\xbf\"]",
+            "[\"\xef\xbb\xbf…\"]", "[\"\xff\"]", "[\"\xc3\"]", "[\"\xc0\x80\"]", "[\"\xe0\x80\x80\"]",
+            "[\"\xed\xa0\x80\"]", "[\"\xf4\x90\x80\x80\"]", "[\"\xf0\x9f\x98\x80\"]", "[\"\xef\xbf\xbf\"]",
+            "[\"\xe2\x80\xa8\"]", "[\"\xc3\xa9\"]", "\xc3\xa9", QByteArray("{\0}\0", 4), "[\xe0\xa4\x85]",
+            // depth
+            nested(1023, "1"), nested(1024, "1"), nested(1025, "1"), nested(1023, "[]"), nested(1023, "{}"),
+            nested(1023, "{\"a\":1}"), nested(1024, "[]"), nested(1024, "{}"), nested(2000, "")};
+        for (const QByteArray &text : texts)
+            QTest::newRow(text.left(40).toPercentEncoding(" {}[]\":,").constData()) << text;
+    }
+    void aTextIsTakenAsQtTakesIt()
+    {
+        QFETCH(const QByteArray, text);
+        const auto qt = parseJson(text);
+        const auto tree = JsonTree::parse(text);
+        QCOMPARE(tree.has_value(), qt.has_value());
+        if (qt)
+            QVERIFY(same(*qt, tree->root()));
+        else
+            QCOMPARE(tree.error(), qt.error());
+    }
+
+    /// All that differs; a version of either library that changes it is to be noticed.
+    void whereTheTreeIsNotAsQt()
+    {
+        // Too small for a double: zero, the nearest one. Qt refuses the text.
+        QVERIFY(!parseJson("[1e-400]"));
+        QCOMPARE(*decodeJson<std::vector<double>>("[1e-400]"), std::vector<double>{0});
+        // A byte order mark that starts a text: Qt keeps it when the text has an escape.
+        QCOMPARE(parseJson("[\"\\ufeffa\"]")->toArray().first().toString(), u"\ufeffa"_s);
+        QCOMPARE(*decodeJson<std::vector<QString>>("[\"\\ufeffa\"]"), std::vector<QString>{u"a"_s});
+    }
+
+    void whatOnlyQtTakesIsReadAsARecord()
+    {
+        const auto read =
+            decodeJson<Lenient>("\xef\xbb\xbf{\"text\":\"\\ud83d\",\"flag\":false,\"count\":3.0,\"date\":0,"
+                                "\"colour\":\"green\",\"leaves\":[{\"name\":\"a\nb\"}]}");
+        QVERIFY(read);
+        const QDateTime date(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC);
+        QVERIFY((*read == Lenient{QString(QChar(0xd83d)), false, 3, date, Colour::green, {{{u"a\nb"_s, {}}}}}));
+        QCOMPARE(decodeJson<Tree>("{\"leaves\":[{\"name\":\"\n\"},{}]}").error().message(),
+                 u"$.leaves[1].name: missing"_s);
     }
 };
 
