@@ -46,14 +46,6 @@ class OpenApiContractTest : public QObject {
     }
 
 private slots:
-    void theSevenOperationsAreDescribed()
-    {
-        QCOMPARE(m_contract.operations(),
-                 QStringList({"get /calls", "post /chat/thread", "get /chat/thread/{threadId}/messages",
-                              "post /chat/thread/{threadId}/messages", "get /contacts/all", "put /contacts/append",
-                              "post /externalservertp/get-token"}));
-    }
-
     void aRequestIsHeldAgainstTheDocument_data()
     {
         addRows<QByteArray, QString, QByteArray, QString>({

@@ -63,11 +63,7 @@ public:
         return result;
     }
 
-    void stop() override
-    {
-        m_state->counts.with([](auto &counts) { ++counts.stop; });
-        m_state->slot.close();
-    }
+    void stop() override { m_state->slot.close(); }
 
 private:
     std::shared_ptr<FakeCapture::State> m_state;

@@ -29,7 +29,6 @@ struct FakeAudioDevice {
 class FakeCapture {
 public:
     struct Counts {
-        int stop = 0;
         int installTap = 0;
         int removeTap = 0;
         TapSlot::Session session = 0;
@@ -51,7 +50,6 @@ public:
     [[nodiscard]] int tapFrames() const { return m_state->slot.bufferFrames(); } ///< 0 without a tap.
 
     /// Calls so far, also those that changed nothing.
-    [[nodiscard]] int stopCount() const { return m_state->counts.copy().stop; }
     [[nodiscard]] int installTapCount() const { return m_state->counts.copy().installTap; }
     [[nodiscard]] int removeTapCount() const { return m_state->counts.copy().removeTap; }
 

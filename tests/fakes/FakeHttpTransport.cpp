@@ -116,12 +116,6 @@ HttpSessionConfiguration FakeHttpNetwork::session(int index) const
     return m_core->at(index).configuration;
 }
 
-bool FakeHttpNetwork::isPending(int index) const
-{
-    const Core::Exchange &exchange = m_core->at(index);
-    return exchange.session && !exchange.answered;
-}
-
 bool FakeHttpNetwork::answer(int index, const HttpResponse &response)
 {
     return m_core->complete(index, response);

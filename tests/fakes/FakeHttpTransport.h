@@ -25,8 +25,6 @@ public:
     [[nodiscard]] HttpRequest request(int index) const;
     [[nodiscard]] HttpRequest lastRequest() const;
     [[nodiscard]] HttpSessionConfiguration session(int index) const; ///< The one that sent the request.
-    /// Neither answered nor dropped with its session.
-    [[nodiscard]] bool isPending(int index) const;
 
     /// Runs the completion before they return; false when the session is gone and nobody hears.
     bool answer(int index, const HttpResponse &response);

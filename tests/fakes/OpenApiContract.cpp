@@ -347,17 +347,4 @@ QStringList OpenApiContract::violationsOfAnswer(const QByteArray &method, const 
     return violations;
 }
 
-QStringList OpenApiContract::operations() const
-{
-    QStringList all;
-    const QJsonObject paths = m_document["paths"].toObject();
-    for (auto it = paths.begin(); it != paths.end(); ++it) {
-        for (const QString &member : it.value().toObject().keys()) {
-            if (member != "parameters")
-                all << member + " " + it.key();
-        }
-    }
-    return all;
-}
-
 } // namespace vynlex

@@ -37,9 +37,6 @@ public:
     [[nodiscard]] QStringList violationsOfAnswer(const QByteArray &method, const QString &path, int status,
                                                  const QByteArray &body) const;
 
-    /// "get /calls" and so on: every operation of the document.
-    [[nodiscard]] QStringList operations() const;
-
 private:
     QJsonObject m_document;
     QString m_basePath;

@@ -319,22 +319,6 @@ private slots:
         QCOMPARE(m_completed.load(), 0);
     }
 
-    void stoppingReleasesTheSpeakingThread()
-    {
-        m_model->stopSpeaking(); // nothing is spoken: fine
-        const CapturedConsole console;
-        std::thread speaking([this] { m_model->speakText(u"a long text"_s, true, {}, [] {}); });
-        TRY_VERIFY(m_around->platform.speechService->utteranceCount() == 1 &&
-                   m_around->platform.speechService->lastUtterance().isSpeaking());
-        m_around->platform.speechService->failNextStopSpeaking(u"not now"_s);
-        m_model->stopSpeaking();
-        m_model->stopSpeaking();
-        speaking.join();
-        QVERIFY(m_around->platform.speechService->lastUtterance().wasStopped());
-        QCOMPARE(console.lines(), (QStringList{u"Error creating speech synthesizer: not now"_s,
-                                               u"Speech synthesis cancelled, detail:  "_s}));
-    }
-
 private:
     /// As the screens do it: on a thread that may be blocked.
     void speak(const QString &text, bool isSpeaker = true, const QString &voiceName = {})

@@ -9,7 +9,6 @@
 
 #include "platform/audio/AudioEngine.h"
 #include "platform/audio/AudioPlayer.h"
-#include "platform/audio/AudioSession.h"
 #include "tests/fakes/Patience.h"
 
 /// What every adapter of a port promises, run over the fakes and over what ships.
@@ -164,14 +163,6 @@ inline void playerKeepsItsPromises(const std::function<std::unique_ptr<AudioPlay
     auto unused = make();
     unused->stop();
     unused.reset();
-}
-
-inline void sessionAcceptsTheSetting(AudioSession &session)
-{
-    QVERIFY(session.setCategory(AudioSession::Category::PlayAndRecord, AudioSession::Mode::VoiceChat,
-                                AudioSession::Option::DefaultToSpeaker));
-    QVERIFY(session.setActive(true));
-    QVERIFY(session.setActive(false));
 }
 
 } // namespace vynlex::contract

@@ -7,7 +7,6 @@
 
 #include "AudioPortContract.h"
 #include "Waves.h"
-#include "platform/audio/QtAudioSession.h"
 #include "platform/audio/WavAudioPlayer.h"
 #include "platform/audio/WavFile.h"
 #include "platform/audio/WavMicrophone.h"

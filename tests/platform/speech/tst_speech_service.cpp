@@ -186,6 +186,18 @@ class TestSpeechService : public QObject {
         return outcome;
     }
 
+    /// A recogniser with its stream, to which 100 ms have been written.
+    struct Listening {
+        PushAudioInputStream stream = PushAudioInputStream::create();
+        std::shared_ptr<SpeechRecognizer> recognizer;
+
+        explicit Listening(ServiceUnderTest &under)
+            : recognizer(under.service().makeRecognizer(config(), AudioConfig::fromStreamInput(stream)).value())
+        {
+            stream.write(QByteArray(3200, 'a'));
+        }
+    };
+
 private slots:
     void initTestCase_data()
     {
@@ -197,8 +209,7 @@ private slots:
     void resultsArriveInOrderOnTheServicesThreadAndTheEndComesOnce()
     {
         const auto under = makeService();
-        auto stream = PushAudioInputStream::create();
-        const auto recognizer = under->service().makeRecognizer(config(), AudioConfig::fromStreamInput(stream)).value();
+        auto [stream, recognizer] = Listening(*under);
         Guarded<QStringList> heard;
         std::atomic<bool> onTestsThread = false;
         recognizer->recognized = [&, test = std::this_thread::get_id()](const SpeechRecognitionResult &result) {
@@ -211,7 +222,6 @@ private slots:
                                                                                                             : "error";
             });
         };
-        stream.write(QByteArray(3200, 'a'));
         QVERIFY(recognizer->startContinuousRecognition());
         QVERIFY(!recognizer->startContinuousRecognition());
         TRY_VERIFY(under->isListening());
@@ -226,8 +236,7 @@ private slots:
     void aRefusalIsOneCancellation()
     {
         const auto under = makeService();
-        auto stream = PushAudioInputStream::create();
-        const auto recognizer = under->service().makeRecognizer(config(), AudioConfig::fromStreamInput(stream)).value();
+        auto [stream, recognizer] = Listening(*under);
         Guarded<std::vector<CancellationDetails>> seen;
         recognizer->canceled = [&](const auto &details) { seen.with([&](auto &all) { all.push_back(details); }); };
         QVERIFY(recognizer->startContinuousRecognition());
@@ -244,12 +253,10 @@ private slots:
     {
         const auto under = makeService();
         for (int round = 0; round < 200; ++round) {
-            auto stream = PushAudioInputStream::create();
-            auto recognizer = under->service().makeRecognizer(config(), AudioConfig::fromStreamInput(stream)).value();
+            auto [stream, recognizer] = Listening(*under);
             int calls = 0; // Not atomic: the destructor orders every call before what follows it.
             recognizer->recognized = [&](const auto &) { ++calls; };
             recognizer->canceled = [&](const auto &) { ++calls; };
-            stream.write(QByteArray(3200, 'a'));
             QVERIFY(recognizer->startContinuousRecognition());
             while (!under->isListening())
                 std::this_thread::yield();
@@ -275,8 +282,7 @@ private slots:
     {
         const auto under = makeService();
         for (const bool refused : {false, true}) {
-            auto stream = PushAudioInputStream::create();
-            auto recognizer = under->service().makeRecognizer(config(), AudioConfig::fromStreamInput(stream)).value();
+            auto [stream, recognizer] = Listening(*under);
             std::atomic<int> calls = 0;
             const auto destroy = [&, own = std::make_shared<int>(1)](const auto &) {
                 recognizer.reset();
@@ -284,7 +290,6 @@ private slots:
             };
             recognizer->recognized = destroy;
             recognizer->canceled = destroy;
-            stream.write(QByteArray(3200, 'a'));
             QVERIFY(recognizer->startContinuousRecognition());
             TRY_VERIFY(under->isListening());
             if (refused)

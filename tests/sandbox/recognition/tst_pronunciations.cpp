@@ -75,37 +75,23 @@ private slots:
         QVERIFY_EXCEPTION_THROWN((void)PhoneMap::load("no/such/map.tsv"), std::runtime_error);
     }
 
-    void everyWordOfTheBookCanBeSaid_data()
+    void everySentenceOfTheBookCanBeSaidAndSoundsLikeNoOther()
     {
-        QTest::addColumn<QByteArray>("language");
-        for (const auto language : sandbox::phrasebookLanguages)
-            QTest::newRow(language.data()) << QByteArray(language.data());
-    }
-    void everyWordOfTheBookCanBeSaid()
-    {
-        QFETCH(QByteArray, language);
         const auto models = RecogniserModels::load();
-        const auto &grammar = models->grammar(language.toStdString());
-        QCOMPARE(grammar.sentences.size(), models->book().phrases().size());
-        for (const auto &word : grammar.words) {
-            QVERIFY2(!word.pronunciations.empty() && word.pronunciations.size() <= 8, word.spoken.c_str());
-            for (const char mark : {'.', ',', '?'})
-                QVERIFY2(word.spoken.find(mark) == std::string::npos, word.spoken.c_str());
-        }
-    }
-
-    void noTwoSentencesOfALanguageSoundTheSame_data() { everyWordOfTheBookCanBeSaid_data(); }
-    void noTwoSentencesOfALanguageSoundTheSame()
-    {
-        QFETCH(QByteArray, language);
-        const auto models = RecogniserModels::load();
-        const auto &grammar = models->grammar(language.toStdString());
-        std::set<std::string> sounds;
-        for (const auto &sentence : grammar.sentences) {
-            std::string sound;
-            for (const auto word : sentence.words)
-                sound += grammar.words[word].pronunciations.front() + " ";
-            QVERIFY2(sounds.insert(sound).second, sentence.text.c_str());
+        for (const auto language : sandbox::phrasebookLanguages) {
+            const auto &grammar = models->grammar(std::string(language));
+            QCOMPARE(grammar.sentences.size(), models->book().phrases().size());
+            for (const auto &word : grammar.words) {
+                QVERIFY2(!word.pronunciations.empty() && word.pronunciations.size() <= 8, word.spoken.c_str());
+                QVERIFY2(word.spoken.find_first_of(".,?") == std::string::npos, word.spoken.c_str());
+            }
+            std::set<std::string> sounds;
+            for (const auto &sentence : grammar.sentences) {
+                std::string sound;
+                for (const auto word : sentence.words)
+                    sound += grammar.words[word].pronunciations.front() + " ";
+                QVERIFY2(sounds.insert(sound).second, sentence.text.c_str());
+            }
         }
     }
 

@@ -45,32 +45,21 @@ template<typename Event> std::vector<Event> only(const Events &events)
     return result;
 }
 
-/// One word per event, and the texts: to compare and to print.
+/// The kinds, times and texts of events: to compare and to print.
 QByteArray described(const Events &events)
 {
-    struct Describe {
-        QByteArray operator()(const SpeechStarted &e) const
-        {
-            return "started " + QByteArray::number(qint64(e.offset.count()));
-        }
-        QByteArray operator()(const SpeechEnded &e) const
-        {
-            return "ended " + QByteArray::number(qint64(e.offset.count()));
-        }
-        QByteArray operator()(const Hypothesis &e) const
-        {
-            return "hypothesis " + QByteArray::fromStdString(e.text) + " " +
-                   QByteArray::number(qint64(e.offset.count())) + " " + QByteArray::number(qint64(e.duration.count()));
-        }
-        QByteArray operator()(const RecognisedPhrase &e) const
-        {
-            return "phrase " + QByteArray::fromStdString(e.text) + " " + QByteArray::number(qint64(e.offset.count())) +
-                   " " + QByteArray::number(qint64(e.duration.count())) + " " + QByteArray::number(e.confidence);
-        }
-    };
     QByteArrayList list;
-    for (const auto &event : events)
-        list << std::visit(Describe{}, event);
+    for (const auto &event : events) {
+        QByteArray text = QByteArray::number(qulonglong(event.index()));
+        std::visit(
+            [&](const auto &e) {
+                text += " at " + QByteArray::number(qint64(e.offset.count()));
+                if constexpr (requires { e.text; })
+                    text += " for " + QByteArray::number(qint64(e.duration.count())) + " " + e.text.c_str();
+            },
+            event);
+        list << text;
+    }
     return list.join('\n');
 }
 

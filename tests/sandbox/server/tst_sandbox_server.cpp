@@ -71,25 +71,12 @@ class SandboxServerTest : public QObject {
     RunningServer m_server{addEcho};
 
 private slots:
-    void everyHostNameIsCertified_data()
+    void theServedNamesAreCertifiedAndNoOther()
     {
-        addRows<QByteArray>({
-            {"exact", "api.example.com"},
-            {"wildcard", "west.regions.example.com"},
-            {"address", "127.0.0.1"},
-        });
-    }
-    void everyHostNameIsCertified()
-    {
-        const auto [host] = currentRow<QByteArray>();
-        TestClient client(m_server.listening(), host.toStdString());
-        QCOMPARE(client.request("GET", "/nothing-here").status, 404U);
-    }
-
-    void aNameThatIsNotServedIsNotCertified()
-    {
-        QVERIFY_EXCEPTION_THROWN(TestClient(m_server.listening(), "bank.example.com"), system_error);
-        QVERIFY_EXCEPTION_THROWN(TestClient(m_server.listening(), "a.west.regions.example.com"), system_error);
+        for (const char *host : {"api.example.com", "west.regions.example.com", "localhost", "127.0.0.1"})
+            QCOMPARE(TestClient(m_server.listening(), host).request("GET", "/nothing-here").status, 404U);
+        for (const char *host : {"bank.example.com", "a.west.regions.example.com"})
+            QVERIFY_EXCEPTION_THROWN(TestClient(m_server.listening(), host), system_error);
     }
 
     void oneConnectionCarriesManyRequests()

@@ -103,6 +103,13 @@ public:
         for (int i = 0; i < chunks; ++i)
             audio(id, std::string(chunk, '\0'));
     }
+    /// A whole turn, of so many chunks.
+    void dictate(const std::string &id, int chunks)
+    {
+        beginTurn(id);
+        sound(id, chunks);
+        audio(id, "");
+    }
     void speak(const std::string &id, const std::string &words)
     {
         text("synthesis.context", id,
@@ -126,6 +133,14 @@ public:
         text("telemetry", first, "{}");
         connection->hangUpWhenAllIsRead();
         run([this] { return over; });
+    }
+    /// A connection with one turn, from its begin to its end.
+    void dictateOnce(int chunks)
+    {
+        open(dictation);
+        config();
+        dictate(first, chunks);
+        runToTheEnd();
     }
     void runUntil(const std::string &entry, std::size_t times = 1)
     {
@@ -216,12 +231,7 @@ private slots:
             {3200, {Hypothesis{"namaste", 100ms, 100ms}}},
             {4800, {SpeechEnded{300ms}, phrase("नमस्ते।", 100ms, 200ms)}},
         };
-        c.open(dictation);
-        c.config();
-        c.beginTurn(first);
-        c.sound(first, 4);
-        c.audio(first, "");
-        c.runToTheEnd();
+        c.dictateOnce(4);
         QCOMPARE(c.told(), QStringList({"turn.start", "speech.startDetected", "speech.hypothesis", "Success",
                                         "speech.endDetected", "EndOfDictation", "turn.end"}));
         QCOMPARE(c.bodyOf(1).at("Offset").as_int64(), std::int64_t{1'000'000});
@@ -278,12 +288,7 @@ private slots:
         if (understood)
             c.engines->script = {{1600, {phrase("नमस्ते।")}}};
         c.engines->atEnd = {phrase("")};
-        c.open(dictation);
-        c.config();
-        c.beginTurn(first);
-        c.sound(first, 2);
-        c.audio(first, "");
-        c.runToTheEnd();
+        c.dictateOnce(2);
         auto told = c.told();
         for (const char *other : {"turn.start", "speech.endDetected", "turn.end"})
             QCOMPARE(told.removeAll(QString(other)), 1);
@@ -340,14 +345,10 @@ private slots:
         Conversation c;
         c.open(dictation);
         c.config();
-        c.beginTurn(first);
-        c.sound(first, 1);
-        c.audio(first, "");
+        c.dictate(first, 1);
         c.sound(first, 2); // late
         c.audio(first, "");
-        c.beginTurn(second);
-        c.sound(second, 3);
-        c.audio(second, "");
+        c.dictate(second, 3);
         c.runToTheEnd();
         const QStringList turn{"turn.start", "speech.endDetected", "EndOfDictation", "turn.end"};
         QCOMPARE(c.told(), turn + turn);
@@ -409,12 +410,7 @@ private slots:
         Conversation c;
         c.engines->script = {{1600, {phrase("one")}}, {3200, {phrase("two")}}};
         c.fault = quoted("{'point':'recognition.turn','times':1,'kind':" + fault.toStdString() + "}");
-        c.open(dictation);
-        c.config();
-        c.beginTurn(first);
-        c.sound(first, 3);
-        c.audio(first, "");
-        c.runToTheEnd();
+        c.dictateOnce(3);
         QCOMPARE(c.told(), told);
         QCOMPARE(c.closeCode(), code);
     }

@@ -1,16 +1,12 @@
 #include "sandbox/synthesis/VoiceBank.h"
 
-#include "sandbox/synthesis/Resampler.h"
-
 #include <QTest>
 
 #include <cmath>
-#include <numbers>
 #include <stdexcept>
 #include <thread>
 #include <vector>
 
-using sandbox::Resampler;
 using sandbox::VoiceBank;
 
 namespace {
@@ -80,31 +76,6 @@ private slots:
             QVERIFY(std::abs(static_cast<double>(audio.size()) - expected) < 3);
             QVERIFY(std::abs(rms(audio) / rms(native) - 1) < 0.25);
         }
-    }
-
-    void aToneKeepsItsLevelAndPlaceThroughTheResampler()
-    {
-        const auto tone = [](int rate, std::size_t frames) {
-            Samples samples(frames);
-            for (std::size_t i = 0; i < frames; ++i)
-                samples[i] = static_cast<std::int16_t>(
-                    std::lround(10000 * std::sin(2 * std::numbers::pi * 440 * static_cast<double>(i) / rate)));
-            return samples;
-        };
-        Resampler resampler(22050, 16000);
-        const auto input = tone(22050, 22050);
-        Samples output;
-        for (std::size_t at = 0; at < input.size(); at += 441) {
-            const auto piece = resampler.process(std::span(input).subspan(at, 441));
-            output.insert(output.end(), piece.begin(), piece.end());
-        }
-        const auto tail = resampler.finish();
-        output.insert(output.end(), tail.begin(), tail.end());
-
-        const auto expected = tone(16000, 16000);
-        QVERIFY(std::abs(static_cast<int>(output.size()) - 16000) <= 1);
-        for (std::size_t i = 200; i < 15800; ++i)
-            QVERIFY2(std::abs(output[i] - expected[i]) < 60, QByteArray::number(static_cast<qulonglong>(i)));
     }
 
     void speakingStopsWhenTheSinkRefuses()
