@@ -28,78 +28,6 @@ template<typename Value> std::optional<Value> takeFrom(Guarded<std::optional<Val
     return next.exchange(std::nullopt);
 }
 
-} // namespace
-
-struct FakeUtterance::State {
-    using Outcome = tl::expected<SpeechSynthesisResult, QString>;
-
-    QString text;
-    SpeechSettings settings;
-    std::function<void(const SpeechSynthesisResult &)> completed;
-    std::shared_ptr<HandlerGate> gate;
-
-    std::mutex mutex;
-    std::condition_variable ended;
-    bool claimed = false; ///< The outcome is decided, though its handler may still be running.
-    bool stopped = false;
-    std::optional<Outcome> outcome;
-
-    bool claim()
-    {
-        const std::lock_guard lock(mutex);
-        return !std::exchange(claimed, true);
-    }
-
-    void release(Outcome value)
-    {
-        const std::lock_guard lock(mutex);
-        outcome = std::move(value);
-        ended.notify_all();
-    }
-
-    bool complete()
-    {
-        if (!claim())
-            return false;
-        const SpeechSynthesisResult result{
-            ResultReason::SynthesizingAudioCompleted, {}, std::chrono::milliseconds(60) * text.size()};
-        // A synthesiser that goes in between hears nothing, and its text was not heard to its end.
-        const bool heard = !completed || deliver([&] { return gate->run([&] { completed(result); }); });
-        release(heard
-                    ? result
-                    : SpeechSynthesisResult{ResultReason::Canceled, {CancellationReason::CancelledByUser, {}, {}}, {}});
-        return true;
-    }
-
-    bool cancel(const CancellationDetails &details)
-    {
-        if (!claim())
-            return false;
-        release(SpeechSynthesisResult{ResultReason::Canceled, details, {}});
-        return true;
-    }
-
-    void stop()
-    {
-        const std::lock_guard lock(mutex);
-        if (std::exchange(claimed, true))
-            return;
-        stopped = true;
-        outcome = SpeechSynthesisResult{
-            ResultReason::Canceled, {CancellationReason::CancelledByUser, CancellationErrorCode::NoError, {}}, {}};
-        ended.notify_all();
-    }
-
-    Outcome wait()
-    {
-        std::unique_lock lock(mutex);
-        ended.wait(lock, [&] { return outcome.has_value(); });
-        return *outcome;
-    }
-};
-
-namespace {
-
 class FakeSpeechRecognizer final : public SpeechRecognizer {
 public:
     FakeSpeechRecognizer(SpeechConfig config, AudioConfig audio, std::shared_ptr<FakeSpeechService::State> service,
@@ -252,38 +180,6 @@ bool FakeRecognition::deliverCanceled(const CancellationDetails &details)
     return deliverTo(*m_state, &Seen::canceled, details, true);
 }
 
-QString FakeUtterance::text() const
-{
-    return m_state->text;
-}
-
-SpeechSettings FakeUtterance::settings() const
-{
-    return m_state->settings;
-}
-
-bool FakeUtterance::isSpeaking() const
-{
-    const std::lock_guard lock(m_state->mutex);
-    return !m_state->outcome.has_value();
-}
-
-bool FakeUtterance::wasStopped() const
-{
-    const std::lock_guard lock(m_state->mutex);
-    return m_state->stopped;
-}
-
-bool FakeUtterance::complete()
-{
-    return m_state->complete();
-}
-
-bool FakeUtterance::cancel(const CancellationDetails &details)
-{
-    return m_state->cancel(details);
-}
-
 tl::expected<std::shared_ptr<SpeechRecognizer>, QString> FakeSpeechService::makeRecognizer(const SpeechConfig &config,
                                                                                            const AudioConfig &audio)
 {
@@ -308,6 +204,58 @@ FakeRecognition FakeSpeechService::lastRecognition() const
 FakeUtterance FakeSpeechService::lastUtterance() const
 {
     return FakeUtterance(lastOf(m_state->lists.copy().utterances));
+}
+
+bool FakeUtterance::State::claim()
+{
+    const std::lock_guard lock(mutex);
+    return !std::exchange(claimed, true);
+}
+
+void FakeUtterance::State::release(Outcome value)
+{
+    const std::lock_guard lock(mutex);
+    outcome = std::move(value);
+    ended.notify_all();
+}
+
+bool FakeUtterance::State::complete()
+{
+    if (!claim())
+        return false;
+    const SpeechSynthesisResult result{
+        ResultReason::SynthesizingAudioCompleted, {}, std::chrono::milliseconds(60) * text.size()};
+    // A synthesiser that goes in between hears nothing, and its text was not heard to its end.
+    const bool heard = !completed || deliver([&] { return gate->run([&] { completed(result); }); });
+    release(heard ? result
+                  : SpeechSynthesisResult{ResultReason::Canceled, {CancellationReason::CancelledByUser, {}, {}}, {}});
+    return true;
+}
+
+bool FakeUtterance::State::cancel(const CancellationDetails &details)
+{
+    if (!claim())
+        return false;
+    release(SpeechSynthesisResult{ResultReason::Canceled, details, {}});
+    return true;
+}
+
+void FakeUtterance::State::stop()
+{
+    const std::lock_guard lock(mutex);
+    if (std::exchange(claimed, true))
+        return;
+    stopped = true;
+    outcome = SpeechSynthesisResult{
+        ResultReason::Canceled, {CancellationReason::CancelledByUser, CancellationErrorCode::NoError, {}}, {}};
+    ended.notify_all();
+}
+
+FakeUtterance::State::Outcome FakeUtterance::State::wait()
+{
+    std::unique_lock lock(mutex);
+    ended.wait(lock, [&] { return outcome.has_value(); });
+    return *outcome;
 }
 
 } // namespace vynlex

@@ -77,19 +77,48 @@ private:
 /// Ending it twice, or after it was stopped, does nothing and answers false.
 class FakeUtterance {
 public:
-    struct State;
+    struct State {
+        using Outcome = tl::expected<SpeechSynthesisResult, QString>;
+
+        QString text;
+        SpeechSettings settings;
+        std::function<void(const SpeechSynthesisResult &)> completed;
+        std::shared_ptr<HandlerGate> gate;
+
+        std::mutex mutex;
+        std::condition_variable ended;
+        bool claimed = false; ///< The outcome is decided, though its handler may still be running.
+        bool stopped = false;
+        std::optional<Outcome> outcome;
+
+        bool claim();
+        void release(Outcome value);
+        bool complete();
+        bool cancel(const CancellationDetails &details);
+        void stop();
+        Outcome wait();
+    };
     explicit FakeUtterance(std::shared_ptr<State> state)
         : m_state(std::move(state))
     {
     }
 
-    [[nodiscard]] QString text() const;
-    [[nodiscard]] SpeechSettings settings() const; ///< When speaking began.
-    [[nodiscard]] bool isSpeaking() const;         ///< `speakText` has not been released yet.
-    [[nodiscard]] bool wasStopped() const;         ///< By `stopSpeaking` or by the synthesiser's end.
+    [[nodiscard]] QString text() const { return m_state->text; }
+    [[nodiscard]] SpeechSettings settings() const { return m_state->settings; } ///< When speaking began.
+    [[nodiscard]] bool isSpeaking() const ///< `speakText` has not been released yet.
+    {
+        const std::lock_guard lock(m_state->mutex);
+        return !m_state->outcome.has_value();
+    }
+    [[nodiscard]] bool wasStopped() const ///< By `stopSpeaking` or by the synthesiser's end.
+    {
+        const std::lock_guard lock(m_state->mutex);
+        return m_state->stopped;
+    }
 
-    bool complete();                                 ///< Runs `synthesisCompleted`, then releases `speakText`.
-    bool cancel(const CancellationDetails &details); ///< `speakText` returns a Canceled result.
+    bool complete() { return m_state->complete(); } ///< Runs `synthesisCompleted`, then releases `speakText`.
+    /// `speakText` returns a Canceled result.
+    bool cancel(const CancellationDetails &details) { return m_state->cancel(details); }
 
 private:
     std::shared_ptr<State> m_state;
