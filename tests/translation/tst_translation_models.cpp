@@ -66,6 +66,16 @@ private slots:
         QVERIFY(!capture().hasTap());
     }
 
+    void theSideChoosesTheLanguageAndTheKeyIsThatOfTheBeginning()
+    {
+        m_around->languages.store(Side::Listener, LanguageOption::telugu);
+        m_around->api.translatedConfig = VLTranslationConfig(u"later"_s, u"westeurope"_s, u"text"_s);
+        start(false);
+        TRY_VERIFY(listens());
+        QCOMPARE(recognition().settingsAtStart()->recognitionLanguage, u"te-IN"_s);
+        QCOMPARE(recognition().settingsAtStart()->key, u"speech-key"_s);
+    }
+
     void whatHasNoTextIsAnEmptyResultOrOnlyALine()
     {
         start(true);

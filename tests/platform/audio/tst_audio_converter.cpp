@@ -148,6 +148,16 @@ private slots:
         QCOMPARE(a.data + b.data, first.data + first.data.chopped(2));
     }
 
+    void twoChannelsBecomeTheirMean()
+    {
+        const AudioFormat stereo{16000, 2, SampleType::Float32};
+        auto converter = AudioConverter::create(stereo, speechFormat).value();
+        const PcmBuffer buffer =
+            bufferOf(stereo, 100, [](qsizetype, int channel) { return channel == 0 ? 0.5 : -0.25; });
+        const PcmBuffer mono = converter->convert(buffer, 100).value();
+        QCOMPARE(mono.data, QByteArray("\x00\x10", 2).repeated(100)); // an eighth
+    }
+
     void brokenSamplesDoNotStay()
     {
         const AudioFormat input{48000, 1, SampleType::Float32};

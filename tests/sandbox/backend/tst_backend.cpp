@@ -312,6 +312,13 @@ private slots:
             QCOMPARE(std::exchange(m_caller->violations, {}).size(), 1);
     }
 
+    void theSigningKeyIsItsOwnersOnly()
+    {
+        const auto file = QString::fromStdString((folder() / "session-key").string());
+        QCOMPARE(QFileInfo(file).permissions() & ~QFile::Permissions(QFile::ReadUser | QFile::WriteUser),
+                 QFile::Permissions(QFile::ReadOwner | QFile::WriteOwner));
+    }
+
     void everyRequestSaysThatItSpeaksJson()
     {
         for (const auto &[method, target] : {std::pair("GET", "/api/contacts/all"), std::pair("POST", exchange.c_str()),

@@ -183,6 +183,13 @@ private slots:
             QCOMPARE(described(heard("en-US", samples, chunk)), described(events));
     }
 
+    void theEndOfTheStreamEndsTheUtterance()
+    {
+        const auto events = heard("en-US", silence(300) + speech("Where is the railway station?", "en-us+f3"));
+        const auto phrases = only<RecognisedPhrase>(events);
+        QVERIFY2(phrases.size() == 1 && phrases[0].text == "Where is the railway station?", described(events));
+    }
+
     void streamsOnDifferentThreadsDoNotDisturbEachOther()
     {
         const auto english = silence(300) + speech("Where is the railway station?", "en-us+f3") + silence(800);

@@ -108,6 +108,12 @@ private slots:
         QCOMPARE(client.request("POST", "/echo", {}, "on").body, "on");
     }
 
+    void workGoesToAnotherThreadAndComesBack()
+    {
+        TestClient client(m_server.listening(), apiHost);
+        QCOMPARE(client.request("GET", "/elsewhere").status, 200U);
+    }
+
     void theProxyTunnelsToKnownHostsOnly()
     {
         TestClient client(m_server.listening(), "west.regions.example.com", Way::ThroughProxy);

@@ -541,6 +541,17 @@ private slots:
             QCOMPARE(QByteArray::fromStdString(c.connection->closed->reason), reason);
     }
 
+    void aBrokenVoiceClosesTheConnection()
+    {
+        Conversation c;
+        c.engines->voice = [](const std::string &, const VoiceBank::Sink &) { throw std::runtime_error("hoarse"); };
+        c.open(synthesis, "");
+        c.config();
+        c.speak(first, "Hi");
+        c.run([&] { return c.over; });
+        QCOMPARE(c.closeCode(), 1011);
+    }
+
     void synthesisFailsAsAskedFor_data()
     {
         const QStringList all{"turn.start", "response", "audio 3200", "audio 3200", "audio.metadata", "turn.end"};

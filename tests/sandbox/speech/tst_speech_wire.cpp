@@ -174,6 +174,21 @@ private slots:
         QCOMPARE(codeOf([&] { (void)parseSsml(ssml.toStdString()); }), 1007);
     }
 
+    void outputFormatsAreKnownByName()
+    {
+        for (const auto &[name, rate] : {std::pair{"raw-8khz-16bit-mono-pcm", 8000},
+                                         {"raw-16khz-16bit-mono-pcm", 16000},
+                                         {"riff-24khz-16bit-mono-pcm", 24000},
+                                         {"riff-48khz-16bit-mono-pcm", 48000}}) {
+            const auto format = OutputFormat::named(name);
+            QVERIFY2(format, name);
+            QCOMPARE(format->sampleRateHz, rate);
+            QCOMPARE(format->riff, QByteArray(name).startsWith("riff"));
+        }
+        QVERIFY(!OutputFormat::named("audio-24khz-48kbitrate-mono-mp3"));
+        QVERIFY(!OutputFormat::named(""));
+    }
+
     void anUpgradeNeedsAKeyAConnectionAndALanguage_data()
     {
         const QByteArray connection = QByteArray::fromStdString(id);
