@@ -6,6 +6,9 @@ set(VYNLEX_INCLUDE_ROOTS ${CMAKE_BINARY_DIR}/include-roots)
 
 add_library(vynlex_warnings INTERFACE)
 target_compile_options(vynlex_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    target_compile_options(vynlex_warnings INTERFACE -Wno-restrict) # false alarms for "text" + std::string when optimising
+endif()
 if(VYNLEX_WARNINGS_AS_ERRORS)
     target_compile_options(vynlex_warnings INTERFACE -Werror)
 endif()

@@ -25,12 +25,12 @@ int main(int argc, char **argv)
         out << "usage: kit-recognition SANDBOX FILE.pcm" << Qt::endl;
         return 2;
     }
-    const auto sandbox = host::SandboxProcess::start(QString::fromLocal8Bit(argv[1]));
+    const auto sandbox = examples::SandboxProcess::start(QString::fromLocal8Bit(argv[1]));
     if (!sandbox) {
         out << sandbox.error() << Qt::endl;
         return EXIT_FAILURE;
     }
-    const VLTranslationConfig keys = host::SandboxProcess::configuration();
+    const VLTranslationConfig keys = examples::SandboxProcess::configuration();
     auto config = SpeechConfig::fromSubscription(keys.speechKey(), keys.speechRegion());
     config->enableDictation();
     PushAudioInputStream stream = PushAudioInputStream::create();
