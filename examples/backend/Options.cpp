@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "CommandLine.h"
 #include "SandboxProcess.h"
 
 using namespace Qt::StringLiterals;
@@ -42,8 +43,6 @@ tl::expected<Options, QString> parseOptions(const QStringList &arguments)
     parser.setApplicationDescription(
         u"Exchanges a web token and shows its user's contacts, recent calls, and one conversation. Without --env "
         "everything comes from a local stand-in for the backend."_s);
-    const QCommandLineOption help = parser.addHelpOption();
-    const QCommandLineOption version = parser.addVersionOption();
     parser.addOptions({
         {u"env"_s, u"A real deployment: staging, preStage, rc, production, tenantGroups, demo, or its host name."_s,
          u"NAME"_s},
@@ -56,14 +55,8 @@ tl::expected<Options, QString> parseOptions(const QStringList &arguments)
         {u"send"_s, u"Sends a message in that conversation first."_s, u"TEXT"_s},
         {u"sandbox"_s, u"The confera-sandbox program (default: the one of this build)."_s, u"PROGRAM"_s},
     });
-    if (!parser.parse(arguments))
-        return tl::unexpected(parser.errorText());
-    if (parser.isSet(help))
-        parser.showHelp();
-    if (parser.isSet(version))
-        parser.showVersion();
-    if (!parser.positionalArguments().isEmpty())
-        return tl::unexpected(u"Nothing is known of \"%1\". Try --help."_s.arg(parser.positionalArguments().first()));
+    if (const auto parsed = examples::parse(parser, arguments); !parsed)
+        return tl::unexpected(parsed.error());
 
     Options options;
     options.webToken =

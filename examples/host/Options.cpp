@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 
+#include "CommandLine.h"
 #include "SandboxProcess.h"
 
 using namespace Qt::StringLiterals;
@@ -49,8 +50,6 @@ tl::expected<Options, QString> parseOptions(const QStringList &arguments)
     parser.setApplicationDescription(
         u"A host application with the translation kit in it. Without keys it brings its own "
         "stand-in for the cloud services."_s);
-    const QCommandLineOption help = parser.addHelpOption();
-    const QCommandLineOption version = parser.addVersionOption();
     parser.addOptions({
         {u"headless"_s, u"Play a conversation without a window (chosen by itself without a display)."_s},
         {u"out"_s, u"Headless: where transcript, pictures and sound go (default: out/demo)."_s, u"DIR"_s},
@@ -67,14 +66,8 @@ tl::expected<Options, QString> parseOptions(const QStringList &arguments)
         {u"translator-key"_s, u"Key of the real translator (or VYNLEX_TRANSLATOR_KEY)."_s, u"KEY"_s},
         {u"sandbox"_s, u"The confera-sandbox program (default: the one of this build)."_s, u"PROGRAM"_s},
     });
-    if (!parser.parse(arguments))
-        return tl::unexpected(parser.errorText());
-    if (parser.isSet(help))
-        parser.showHelp();
-    if (parser.isSet(version))
-        parser.showVersion();
-    if (!parser.positionalArguments().isEmpty())
-        return tl::unexpected(u"Nothing is known of \"%1\". Try --help."_s.arg(parser.positionalArguments().first()));
+    if (const auto parsed = examples::parse(parser, arguments); !parsed)
+        return tl::unexpected(parsed.error());
 
     Options options;
     options.headless = parser.isSet(u"headless"_s);
