@@ -60,13 +60,15 @@ QString overWebSocket(QUrl url)
         client = worker.makeClient();
         client->connect({url, {{"X-Token", "secret"}}}, [&](const WebSocketEvent &event) {
             const auto *failed = std::get_if<websocket::Error>(&event);
+            QString outcome;
             if (!failed)
-                result.set(QStringLiteral("connected"));
+                outcome = QStringLiteral("connected");
             else if (failed->error.kind == WebSocketError::Kind::UpgradeRefused)
-                result.set(QString::number(failed->error.httpStatus));
+                outcome = QString::number(failed->error.httpStatus);
             else
-                result.set(told(failed->error));
+                outcome = told(failed->error);
             client.reset();
+            result.set(outcome); // The main thread goes on from here, and nothing of this may be touched any more.
         });
     });
     if (!eventually([&] { return !result.copy().isEmpty(); }))
