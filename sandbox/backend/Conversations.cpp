@@ -6,15 +6,6 @@
 
 namespace sandbox {
 
-namespace {
-
-Instant instantAt(const Statement &row, int column)
-{
-    return Instant(std::chrono::milliseconds(row.integer(column)));
-}
-
-} // namespace
-
 bool ThreadRecord::hasMember(std::string_view userId) const
 {
     return std::any_of(members.begin(), members.end(), [&](const Member &member) { return member.id == userId; });
@@ -40,9 +31,9 @@ std::optional<ThreadRecord> Conversations::thread(std::string_view id)
     thread.id = query.text(0);
     thread.context = query.text(1);
     thread.creatorId = query.text(2);
-    thread.createdAt = instantAt(query, 3);
+    thread.createdAt = query.instant(3);
     thread.members = {{query.text(4), query.text(5), query.text(6)}, {query.text(7), query.text(8), query.text(9)}};
-    thread.modifiedAt = instantAt(query, 10);
+    thread.modifiedAt = query.instant(10);
     thread.attachmentCount = query.integer(11);
     return thread;
 }
@@ -51,8 +42,7 @@ ThreadRecord Conversations::privateThread(const NewThread &thread)
 {
     const auto &[lesser, greater] = std::minmax(thread.first, thread.second);
     m_database.prepare("INSERT INTO threads VALUES (?, ?, ?, ?, ?, ?) ON CONFLICT (lesserId, greaterId) DO NOTHING")
-        .with(thread.id, lesser, greater, thread.context, thread.creatorId,
-              std::int64_t{thread.createdAt.time_since_epoch().count()})
+        .with(thread.id, lesser, greater, thread.context, thread.creatorId, thread.createdAt)
         .run();
     auto query = m_database.prepare("SELECT id FROM threads WHERE lesserId = ? AND greaterId = ?");
     if (!query.with(lesser, greater).step())
@@ -80,7 +70,7 @@ void Conversations::add(const MessageRecord &message)
         .prepare("INSERT INTO messages (id, threadId, type, creatorId, createdAt, component, attachmentCount) "
                  "VALUES (?, ?, ?, ?, ?, ?, ?)")
         .with(message.id, message.threadId, message.isSystem ? "system" : "message", message.creatorId,
-              std::int64_t{message.createdAt.time_since_epoch().count()}, message.component, message.attachmentCount)
+              message.createdAt, message.component, message.attachmentCount)
         .run();
     auto insert = m_database.prepare("INSERT INTO recipients VALUES (last_insert_rowid(), ?, ?)");
     for (const auto &recipient : message.recipients)
@@ -111,7 +101,7 @@ MessagePage Conversations::messages(std::string_view threadId, std::string_view 
         message.creatorId = query.text(3);
         message.creatorsName = query.text(4);
         message.creatorsLName = query.text(5);
-        message.createdAt = instantAt(query, 6);
+        message.createdAt = query.instant(6);
         message.component = query.text(7);
         message.attachmentCount = query.integer(8);
         recipients.with(query.integer(0));

@@ -102,11 +102,6 @@ void Database::execute(const std::string &sql)
         fail(m_database.get());
 }
 
-int Database::changes() const
-{
-    return sqlite3_changes(m_database.get());
-}
-
 Transaction::Transaction(Database &database)
     : m_database(database)
 {

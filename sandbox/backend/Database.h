@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "sandbox/backend/WireTime.h"
+
 struct sqlite3;
 struct sqlite3_stmt;
 
@@ -14,7 +16,8 @@ namespace sandbox {
 /// One SQL statement with its values. Failures are thrown as std::runtime_error. It must not outlive its database.
 class Statement {
 public:
-    /// Begins anew with these values for the parameters, in their order: texts and integers.
+    /// Begins anew with these values for the parameters, in their order: texts, integers, flags and moments (in
+    /// milliseconds).
     template<class... Values> Statement &with(const Values &...values)
     {
         reset();
@@ -32,6 +35,7 @@ public:
     [[nodiscard]] std::string text(int column) const;
     [[nodiscard]] std::int64_t integer(int column) const;
     [[nodiscard]] bool flag(int column) const { return integer(column) != 0; }
+    [[nodiscard]] Instant instant(int column) const { return Instant(std::chrono::milliseconds(integer(column))); }
 
 private:
     friend class Database;
@@ -41,6 +45,7 @@ private:
     void bind(int place, std::int64_t number);
     void bind(int place, int number) { bind(place, std::int64_t{number}); }
     void bind(int place, bool flag) { bind(place, std::int64_t{flag}); }
+    void bind(int place, Instant instant) { bind(place, std::int64_t{instant.time_since_epoch().count()}); }
     void bind(int place, const std::string &text) { bind(place, std::string_view(text)); }
     void bind(int place, const char *text) { bind(place, std::string_view(text)); }
 
@@ -58,8 +63,6 @@ public:
     [[nodiscard]] Statement prepare(std::string_view sql) { return {m_database.get(), sql}; }
     /// Statements without values, separated by semicolons.
     void execute(const std::string &sql);
-    /// How many rows the last statement has changed.
-    [[nodiscard]] int changes() const;
 
 private:
     std::unique_ptr<sqlite3, int (*)(sqlite3 *)> m_database;

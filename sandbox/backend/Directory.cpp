@@ -24,16 +24,6 @@ BackendUser userAt(const Statement &row, int column)
             row.text(column + 4), row.text(column + 5), row.flag(column + 6), row.flag(column + 7)};
 }
 
-std::int64_t millisecondsOf(Instant instant)
-{
-    return instant.time_since_epoch().count();
-}
-
-Instant instantAt(const Statement &row, int column)
-{
-    return Instant(std::chrono::milliseconds(row.integer(column)));
-}
-
 } // namespace
 
 Directory::Directory(Database &database)
@@ -97,8 +87,7 @@ Page<BackendUser> Directory::contacts(std::string_view userId, std::string_view 
 void Directory::addCall(const CallRecord &call)
 {
     m_database.prepare("INSERT INTO calls VALUES (?, ?, ?, ?, ?, ?)")
-        .with(call.id, call.category, call.owner.id, call.title, millisecondsOf(call.startedAt),
-              millisecondsOf(call.endedAt))
+        .with(call.id, call.category, call.owner.id, call.title, call.startedAt, call.endedAt)
         .run();
     auto insert = m_database.prepare("INSERT INTO callMembers VALUES (?, ?, ?, ?)");
     int place = 0;
@@ -132,8 +121,8 @@ Page<CallRecord> Directory::calls(std::string_view userId, CallFilter filter, Pa
         call.id = query.text(userColumnCount);
         call.category = query.text(userColumnCount + 1);
         call.title = query.text(userColumnCount + 2);
-        call.startedAt = instantAt(query, userColumnCount + 3);
-        call.endedAt = instantAt(query, userColumnCount + 4);
+        call.startedAt = query.instant(userColumnCount + 3);
+        call.endedAt = query.instant(userColumnCount + 4);
         members.with(call.id);
         while (members.step())
             call.members.push_back({userAt(members, 0), members.flag(userColumnCount)});
