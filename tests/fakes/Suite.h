@@ -2,6 +2,7 @@
 
 #include <QTest>
 
+#include <memory>
 #include <vector>
 
 namespace vynlex {
@@ -27,6 +28,21 @@ inline int runSuite(int argc, char **argv)
     for (const SuiteEntry run : suite)
         failed += run(argc, argv);
     return failed;
+}
+
+/// For `initTestCase_data` of a suite that runs over a port's fake and over what ships.
+inline void addFakeAndShipped()
+{
+    QTest::addColumn<bool>("shipped");
+    QTest::newRow("fake") << false;
+    QTest::newRow("shipped") << true;
+}
+
+/// The one of the two that the suite runs over now.
+template<typename Subject, typename Fake, typename Shipped> std::unique_ptr<Subject> makeFakeOrShipped()
+{
+    QFETCH_GLOBAL(bool, shipped);
+    return shipped ? std::unique_ptr<Subject>(std::make_unique<Shipped>()) : std::make_unique<Fake>();
 }
 
 } // namespace vynlex

@@ -9,6 +9,7 @@
 #include "reachability/Reachability.h"
 #include "reachability/ReachabilityNote.h"
 #include "tests/fakes/CapturedConsole.h"
+#include "tests/fakes/Patience.h"
 #include "tests/fakes/Rows.h"
 #include "tests/fakes/TestPlatform.h"
 
@@ -19,7 +20,6 @@ namespace {
 constexpr ReachabilityFlags none = 0;
 constexpr ReachabilityFlags wifi = reachabilityFlag::reachable;
 constexpr ReachabilityFlags cellular = reachabilityFlag::reachable | reachabilityFlag::wwan;
-constexpr int patienceMs = 30'000;
 
 class Delegate final : public NetworkReachabilityHandlerDelegate {
 public:
@@ -43,7 +43,7 @@ void settle(Reachability &reachability)
     (void)reachability.readFlags(); // a turn of the serial queue
     bool over = false;
     MainQueue::async([&] { over = true; });
-    QTRY_VERIFY_WITH_TIMEOUT(over, patienceMs);
+    TRY_VERIFY(over);
 }
 
 } // namespace
@@ -102,7 +102,7 @@ private slots:
         // Neither keeps it from watching.
         QVERIFY(reachability->startNotifier());
         m_path->set(wifi);
-        QTRY_COMPARE_WITH_TIMEOUT(reachability->flags().value_or(none), wifi, patienceMs);
+        TRY_COMPARE(reachability->flags().value_or(none), wifi);
     }
 
     void changesAreToldOnceEachWhileTheNotifierRuns()
@@ -154,7 +154,7 @@ private slots:
         settle(*reachability);
         m_path->set(wifi); // is on its way
         reachability.reset();
-        QTRY_VERIFY_WITH_TIMEOUT(weak.expired(), patienceMs);
+        TRY_VERIFY(weak.expired());
         QCOMPARE(m_path->startedCount(), 0);
         QTest::qWait(1);
         QCOMPARE(told, 0);
@@ -171,19 +171,19 @@ private slots:
         handler.startNotifier();
         handler.startNotifier();
         QVERIFY(first.heard.isEmpty());
-        QTRY_COMPARE_WITH_TIMEOUT(second.heard, QList<bool>{true}, patienceMs);
+        TRY_COMPARE(second.heard, QList<bool>{true});
         handler.startNotifier();
 
         Delegate last; // hears after the others of all that was told
         handler.addDelegates(last, last.identifier);
         m_path->set(wifi);
         m_path->set(none);
-        QTRY_COMPARE_WITH_TIMEOUT(last.heard, QList<bool>{false}, patienceMs);
+        TRY_COMPARE(last.heard, QList<bool>{false});
         handler.removeDelegate(QUuid::createUuid()); // changes nothing
         m_path->set(cellular);
-        QTRY_COMPARE_WITH_TIMEOUT(last.heard, (QList<bool>{false, true}), patienceMs);
-        QTRY_COMPARE_WITH_TIMEOUT(first.heard, (QList<bool>{true, false, true}), patienceMs);
-        QTRY_COMPARE_WITH_TIMEOUT(second.heard, first.heard, patienceMs);
+        TRY_COMPARE(last.heard, (QList<bool>{false, true}));
+        TRY_COMPARE(first.heard, (QList<bool>{true, false, true}));
+        TRY_COMPARE(second.heard, first.heard);
         QVERIFY(first.onMainThread && second.onMainThread);
         QCOMPARE(m_path->startedCount(), 1);
     }
@@ -196,7 +196,7 @@ private slots:
         handler.addDelegates(first, first.identifier);
         handler.addDelegates(second, first.identifier);
         handler.startNotifier();
-        QTRY_COMPARE_WITH_TIMEOUT(second.heard, QList<bool>{false}, patienceMs);
+        TRY_COMPARE(second.heard, QList<bool>{false});
         QVERIFY(first.heard.isEmpty());
     }
 
@@ -218,17 +218,17 @@ private slots:
             };
         }
         handler->startNotifier();
-        QTRY_COMPARE_WITH_TIMEOUT(calls, 1, patienceMs);
+        TRY_COMPARE(calls, 1);
         QVERIFY(added.heard.isEmpty());
 
         Delegate neighbour;
         handler->addDelegates(neighbour, neighbour.identifier);
         added.then = neighbour.then = [&] { handler.reset(); };
         m_path->set(wifi);
-        QTRY_VERIFY_WITH_TIMEOUT(!handler, patienceMs);
+        TRY_VERIFY(!handler);
         QCOMPARE(added.heard.size() + neighbour.heard.size(), 1);
         QCOMPARE(calls, 1);
-        QTRY_COMPARE_WITH_TIMEOUT(m_path->startedCount(), 0, patienceMs);
+        TRY_COMPARE(m_path->startedCount(), 0);
     }
 
     void aDeviceThatCannotTellIsNoError()
@@ -237,7 +237,7 @@ private slots:
         NetworkReachabilityHandler handler;
         handler.startNotifier();
         // The next call tries again.
-        QTRY_VERIFY_WITH_TIMEOUT((handler.startNotifier(), m_path->startedCount() == 1), patienceMs);
+        TRY_VERIFY((handler.startNotifier(), m_path->startedCount() == 1));
     }
 
     void aNoteAboutAnythingElseEndsTheProcess()

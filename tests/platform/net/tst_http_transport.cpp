@@ -155,19 +155,10 @@ private:
 class TestHttpTransport : public QObject {
     Q_OBJECT
 
-    std::unique_ptr<Subject> makeSubject()
-    {
-        QFETCH_GLOBAL(bool, shipped);
-        return shipped ? std::unique_ptr<Subject>(std::make_unique<ShippedSubject>()) : std::make_unique<FakeSubject>();
-    }
+    static std::unique_ptr<Subject> makeSubject() { return makeFakeOrShipped<Subject, FakeSubject, ShippedSubject>(); }
 
 private slots:
-    void initTestCase_data()
-    {
-        QTest::addColumn<bool>("shipped");
-        QTest::newRow("fake") << false;
-        QTest::newRow("shipped") << true;
-    }
+    void initTestCase_data() { addFakeAndShipped(); }
 
     void anyStatusIsAnAnswerOnTheMainQueue_data()
     {

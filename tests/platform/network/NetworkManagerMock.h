@@ -9,6 +9,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include "tests/fakes/Patience.h"
+
 namespace vynlex {
 
 class MockDevice final : public QObject {
@@ -60,7 +62,7 @@ public:
                        {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
                         QStringLiteral("--address=") + address});
         const QString socket = m_folder.filePath(QStringLiteral("bus"));
-        if (!m_daemon.waitForStarted() || !QTest::qWaitFor([&] { return QFile::exists(socket); }, 60'000))
+        if (!m_daemon.waitForStarted() || !eventually([&] { return QFile::exists(socket); }))
             return false;
         auto bus = QDBusConnection::connectToBus(address, QStringLiteral("mock"));
         const auto properties = QDBusConnection::ExportAllProperties;

@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <vector>
 
+#include "tests/fakes/Patience.h"
+
 namespace vynlex {
 
 /// A network of the test's own, in which it may do what it likes: nothing but an idle loopback link at first.
@@ -43,7 +45,7 @@ public:
         QProcess process;
         process.setProcessChannelMode(QProcess::MergedChannels);
         process.start(QStringLiteral("ip"), arguments.split(u' '));
-        if (!process.waitForFinished(60'000))
+        if (!process.waitForFinished(patienceMs))
             return process.errorString();
         const QString output = QString::fromUtf8(process.readAll());
         return process.exitCode() == 0 ? QString() : arguments + QStringLiteral(": ") + output;

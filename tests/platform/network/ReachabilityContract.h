@@ -8,11 +8,10 @@
 #include <memory>
 
 #include "platform/network/ReachabilitySource.h"
+#include "tests/fakes/Patience.h"
 
 /// What every `ReachabilitySource` keeps, whatever is behind it.
 namespace vynlex::contract {
-
-inline constexpr int patienceMs = 60'000;
 
 /// `set` brings the network to these flags; it starts unreachable, and is left so.
 inline void sourceKeepsItsPromises(const std::function<std::unique_ptr<ReachabilitySource>()> &make,
@@ -37,10 +36,10 @@ inline void sourceKeepsItsPromises(const std::function<std::unique_ptr<Reachabil
     const auto heard = std::make_shared<Heard>();
     QVERIFY(source->start(heardBy(heard)));
     set(reachable);
-    QTRY_COMPARE_WITH_TIMEOUT(heard->last.load(), reachable, patienceMs);
+    TRY_COMPARE(heard->last.load(), reachable);
     QCOMPARE(source->currentFlags().value_or(~0U), reachable);
     set(0);
-    QTRY_COMPARE_WITH_TIMEOUT(heard->last.load(), 0U, patienceMs);
+    TRY_COMPARE(heard->last.load(), 0U);
     QCOMPARE(source->currentFlags().value_or(~0U), 0U);
 
     // Another one hears what the stopped one does not.
@@ -50,7 +49,7 @@ inline void sourceKeepsItsPromises(const std::function<std::unique_ptr<Reachabil
     QVERIFY(other->start(heardBy(heardByOther)));
     const int before = heard->count;
     set(reachable);
-    QTRY_COMPARE_WITH_TIMEOUT(heardByOther->last.load(), reachable, patienceMs);
+    TRY_COMPARE(heardByOther->last.load(), reachable);
     QCOMPARE(heard->count.load(), before);
     QCOMPARE(source->currentFlags().value_or(~0U), reachable);
 
@@ -63,8 +62,8 @@ inline void sourceKeepsItsPromises(const std::function<std::unique_ptr<Reachabil
     }));
     QVERIFY(source->start(heardBy(heard)));
     set(0);
-    QTRY_COMPARE_WITH_TIMEOUT(heard->last.load(), 0U, patienceMs);
-    QTRY_VERIFY_WITH_TIMEOUT(gone->load(), patienceMs);
+    TRY_COMPARE(heard->last.load(), 0U);
+    TRY_VERIFY(gone->load());
     QVERIFY(!heard->onTestThread && !heardByOther->onTestThread);
 }
 

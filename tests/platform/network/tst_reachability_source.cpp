@@ -32,7 +32,7 @@ public:
 
     [[nodiscard]] bool hears(ReachabilityFlags flags) const
     {
-        return m_started && QTest::qWaitFor([&] { return *m_told == flags; }, contract::patienceMs) &&
+        return m_started && eventually([&] { return *m_told == flags; }) &&
                m_source.currentFlags().value_or(~0U) == flags;
     }
 
