@@ -1,0 +1,14 @@
+#pragma once
+
+namespace vynlex {
+
+/// Is told when the messages of the open chat have changed.
+class VLChatDeleagate {
+public:
+    virtual ~VLChatDeleagate() = default;
+
+    /// Main thread, within the change.
+    virtual void refreshChatData() = 0;
+};
+
+} // namespace vynlex

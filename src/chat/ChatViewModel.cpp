@@ -1,0 +1,75 @@
+#include "chat/ChatViewModel.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "api/VLApiManager.h"
+
+namespace vynlex {
+
+ChatViewModel::ChatViewModel()
+    : ChatViewModel(VLApiManager::shared())
+{
+}
+
+ChatViewModel::ChatViewModel(VLApiManager &api)
+    : m_api(api)
+{
+}
+
+ChatViewModel &ChatViewModel::shared()
+{
+    static auto *const instance = new ChatViewModel;
+    return *instance;
+}
+
+void ChatViewModel::openPrivateThread(const QString &userId)
+{
+    receivedID = userId;
+    m_api.getPrivateChatThread(userId, m_api.currentUserGuestID,
+                               m_lifetime.guard([this, userId](const VLApiResult<VLChatThread> &answer) {
+                                   if (!answer || receivedID != userId)
+                                       return;
+                                   threadID = answer->id;
+                                   fetchMessages();
+                               }));
+}
+
+void ChatViewModel::fetchMessages()
+{
+    m_api.getChatMessages(
+        threadID, m_lifetime.guard([this, userId = receivedID](const VLApiResult<VLThreadChatMessages> &answer) {
+            if (!answer || receivedID != userId)
+                return;
+            aryMessages = answer->messages.value_or(std::vector<VLChatMessage>());
+            std::ranges::reverse(aryMessages);
+            refresh();
+        }));
+}
+
+void ChatViewModel::receiveSocketMessage(const VLChatMessage &message)
+{
+    if (message.creatorId == receivedID)
+        append(message);
+}
+
+void ChatViewModel::messageSent(const VLApiResult<VLChatMessage> &answer)
+{
+    if (answer)
+        append(*answer);
+}
+
+void ChatViewModel::append(VLChatMessage message)
+{
+    message.isIncomingMessage = message.creatorId != m_api.currentUserGuestID;
+    aryMessages.push_back(std::move(message));
+    refresh();
+}
+
+void ChatViewModel::refresh()
+{
+    if (const auto screen = delegate.lock())
+        screen->refreshChatData();
+}
+
+} // namespace vynlex
