@@ -205,9 +205,10 @@ void ConversationTranslateVC::toggleReadingAloud(Side side)
         return;
     }
     const Task completed = m_lifetime.guard([button] { button->setSelected(false); });
-    GlobalQueue::async([reader = m_textToSpeachViewModel, text, side, completed] {
-        reader->speakText(text, side == Side::Speaker, {}, [completed] { MainQueue::async(completed); });
-    });
+    GlobalQueue::async(
+        [reader = m_textToSpeachViewModel, call = m_textToSpeachViewModel->announce(), text, side, completed] {
+            reader->speakText(call, text, side == Side::Speaker, {}, [completed] { MainQueue::async(completed); });
+        });
 }
 
 // --- Languages

@@ -22,14 +22,20 @@ TextToSpeachViewModel::TextToSpeachViewModel()
 {
 }
 
+std::uint64_t TextToSpeachViewModel::announce()
+{
+    return m_speaking.with([](Speaking &speaking) { return ++speaking.lastCall; });
+}
+
 void TextToSpeachViewModel::speakText(const QString &text, bool isSpeaker, const QString &voiceName,
                                       const std::function<void()> &onCompleted)
 {
-    std::shared_ptr<SpeechSynthesizer> previous; // let go of outside of the lock
-    const std::uint64_t call = m_speaking.with([&](Speaking &speaking) {
-        previous = std::move(speaking.synthesizer);
-        return ++speaking.lastCall;
-    });
+    speakText(announce(), text, isSpeaker, voiceName, onCompleted);
+}
+
+void TextToSpeachViewModel::speakText(std::uint64_t call, const QString &text, bool isSpeaker, const QString &voiceName,
+                                      const std::function<void()> &onCompleted)
+{
     AudioManager::setUpAudioSession();
 
     auto config = SpeechConfig::fromSubscription(m_sub, m_region);
@@ -50,11 +56,15 @@ void TextToSpeachViewModel::speakText(const QString &text, bool isSpeaker, const
         consoleLine(u"completedSynthesizer"_s);
         onCompleted();
     };
+    std::shared_ptr<SpeechSynthesizer> previous = synthesizer; // let go of outside of the lock
     const bool stopped = m_speaking.with([&](Speaking &speaking) {
-        if (speaking.lastCall == call)
-            speaking.synthesizer = synthesizer;
-        return speaking.stoppedCall == call;
+        if (speaking.lastCall == call) {
+            speaking.synthesizer.swap(previous);
+            speaking.synthesizerCall = call;
+        }
+        return call <= speaking.stoppedCall;
     });
+    previous.reset();
 
     if (text.isEmpty() || stopped)
         return; // Nothing to say, and deliberately nobody is told.
@@ -69,9 +79,10 @@ void TextToSpeachViewModel::speakText(const QString &text, bool isSpeaker, const
 void TextToSpeachViewModel::stopSpeaking()
 {
     const auto synthesizer = m_speaking.with([](Speaking &speaking) {
-        if (!speaking.synthesizer)
-            speaking.stoppedCall = speaking.lastCall;
-        return speaking.synthesizer;
+        if (speaking.synthesizerCall == speaking.lastCall)
+            return speaking.synthesizer;
+        speaking.stoppedCall = speaking.lastCall;
+        return std::shared_ptr<SpeechSynthesizer>();
     });
     if (!synthesizer)
         return;

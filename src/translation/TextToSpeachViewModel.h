@@ -30,7 +30,15 @@ public:
     void speakText(const QString &text, bool isSpeaker, const QString &voiceName,
                    const std::function<void()> &onCompleted);
 
-    /// Stops the text that was begun last. Any thread; does not wait. Nothing being spoken is fine.
+    /// The number of a text that another thread is about to read, and from now on the text that was begun last: a stop
+    /// reaches it before that thread has come to it. Any thread.
+    [[nodiscard]] std::uint64_t announce();
+    /// Reads the text that was announced under this number.
+    void speakText(std::uint64_t call, const QString &text, bool isSpeaker, const QString &voiceName,
+                   const std::function<void()> &onCompleted);
+
+    /// Stops the text that was begun last, and all that are not heard yet. Any thread; does not wait. Nothing being
+    /// spoken is fine.
     void stopSpeaking();
 
 private:
@@ -38,11 +46,11 @@ private:
     const QString m_region;
     const LanguageTranslation &m_languages;
 
-    /// A call of `speakText` is known by its number from its first line on, so that a stop cannot come too early.
     struct Speaking {
         std::uint64_t lastCall = 0;
-        std::uint64_t stoppedCall = 0;
-        std::shared_ptr<SpeechSynthesizer> synthesizer; ///< of the last call; null while that prepares
+        std::uint64_t stoppedCall = 0; ///< Up to here, none that was not heard yet will be.
+        std::shared_ptr<SpeechSynthesizer> synthesizer;
+        std::uint64_t synthesizerCall = 0; ///< Whose it is. Behind the last while that prepares.
     };
     Guarded<Speaking> m_speaking;
 };
