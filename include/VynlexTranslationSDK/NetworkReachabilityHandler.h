@@ -1,5 +1,7 @@
 #pragma once
 
+#include <VynlexTranslationSDK/VynlexExport.h>
+
 #include <QUuid>
 
 #include <memory>
@@ -14,7 +16,7 @@ class NetworkReachabilityHandlerDelegate;
 /// Main thread. Delegates are told on later turns of the main queue, in the order of their identifiers; the first time
 /// soon after the notifier has started, with the state that holds then. A delegate that is added later hears of the
 /// next change only. The same answer may come twice in a row (Wi-Fi to cellular, say).
-class NetworkReachabilityHandler {
+class VYNLEX_EXPORT NetworkReachabilityHandler {
 public:
     /// Idle, with no delegates; `startNotifier` begins.
     NetworkReachabilityHandler();

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <VynlexTranslationSDK/VynlexExport.h>
+
 namespace vynlex {
 
 /// Is told whether the device is connected. See `NetworkReachabilityHandler`.
-class NetworkReachabilityHandlerDelegate {
+class VYNLEX_EXPORT NetworkReachabilityHandlerDelegate {
 public:
     virtual ~NetworkReachabilityHandlerDelegate() = default;
 

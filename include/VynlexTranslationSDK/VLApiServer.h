@@ -1,5 +1,7 @@
 #pragma once
 
+#include <VynlexTranslationSDK/VynlexExport.h>
+
 #include <QString>
 
 #include <optional>
@@ -7,7 +9,7 @@
 namespace vynlex {
 
 /// A deployment of the backend. A plain value; known by the bare name of its host.
-class VLApiServer {
+class VYNLEX_EXPORT VLApiServer {
 public:
     enum Case { staging, preStage, rc, production, tenantGroups, demo };
 

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <VynlexTranslationSDK/VynlexExport.h>
+
 namespace vynlex {
 
 /// Is told when the messages of the open chat have changed.
-class VLChatDeleagate {
+class VYNLEX_EXPORT VLChatDeleagate {
 public:
     virtual ~VLChatDeleagate() = default;
 

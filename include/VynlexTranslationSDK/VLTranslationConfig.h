@@ -1,5 +1,7 @@
 #pragma once
 
+#include <VynlexTranslationSDK/VynlexExport.h>
+
 #include <QString>
 
 #include <utility>
@@ -9,7 +11,7 @@ namespace vynlex {
 /// The keys of the cloud services, as the host hands them in. A plain value.
 ///
 /// Nothing is checked here: an empty or wrong key shows up when a service is asked. All three stay in memory only.
-class VLTranslationConfig {
+class VYNLEX_EXPORT VLTranslationConfig {
 public:
     VLTranslationConfig(QString speechKey, QString speechRegion, QString textTranslationKey)
         : m_speechKey(std::move(speechKey))
