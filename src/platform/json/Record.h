@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <cmath>
+#include <map>
 #include <optional>
 #include <tl/expected.hpp>
 #include <tuple>
@@ -228,6 +229,17 @@ template<typename Element> struct Reader<std::vector<Element>> {
     }
 };
 
+/// Written, never read.
+template<> struct Reader<std::map<QString, QString>> {
+    static QJsonValue write(const std::map<QString, QString> &members)
+    {
+        QJsonObject object;
+        for (const auto &[key, value] : members)
+            object.insert(key, value);
+        return object;
+    }
+};
+
 template<typename Value> struct Reader<std::optional<Value>> {
     static bool read(const JsonView &json, std::optional<Value> &value, Failure *failure)
     {
@@ -245,17 +257,23 @@ template<typename Value> struct Reader<std::optional<Value>> {
 
 } // namespace json
 
-/// Reads a whole JSON text as `Value`: a record, or a vector of records. Keys that no field names are ignored.
+/// Reads what stands at `json` as `Value`: a record, or a vector of records. Keys that no field names are ignored.
+template<typename Value> tl::expected<Value, RecordError> fromJson(const JsonView &json)
+{
+    tl::expected<Value, RecordError> value;
+    json::Failure failure;
+    if (!json::Reader<Value>::read(json, *value, &failure))
+        value = tl::unexpected(RecordError{QLatin1Char('$') + failure.path, failure.problem});
+    return value;
+}
+
+/// The same of a whole JSON text.
 template<typename Value> tl::expected<Value, RecordError> decodeJson(const QByteArray &text)
 {
     const auto tree = JsonTree::parse(text);
     if (!tree)
         return tl::unexpected(RecordError{QStringLiteral("$"), tree.error()});
-    tl::expected<Value, RecordError> value;
-    json::Failure failure;
-    if (!json::Reader<Value>::read(tree->root(), *value, &failure))
-        value = tl::unexpected(RecordError{QLatin1Char('$') + failure.path, failure.problem});
-    return value;
+    return fromJson<Value>(tree->root());
 }
 
 /// For what is put together by hand around records.

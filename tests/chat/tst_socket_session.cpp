@@ -1,0 +1,349 @@
+#include <QTest>
+
+#include "api/VLApiManager.h"
+#include "chat/ChatViewModel.h"
+#include "chat/SocketManager.h"
+#include "tests/fakes/Rows.h"
+#include "tests/fakes/Suite.h"
+#include "tests/fakes/TestPlatform.h"
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using namespace vynlex;
+
+namespace {
+
+const QByteArray chatMessage =
+    R"({"event":"chatMessage","data":{"_id":"m1","threadId":"T1","createdBy":"asha","messageComponent":{"text":"hi"}}})";
+
+/// "login", "amAlive" or, of an acknowledgement, "ack" and what it is for.
+QString describe(const SocketRequest &request)
+{
+    const auto original = request.data.find(u"originalEvent"_s);
+    return request.event + (original == request.data.end() ? QString() : u' ' + original->second);
+}
+
+QStringList describe(const std::vector<FakeSocketMessage> &messages)
+{
+    QStringList all;
+    for (const FakeSocketMessage &message : messages) {
+        if (message.kind != FakeSocketMessage::Kind::Binary)
+            qFatal("a text frame was sent");
+        const QJsonObject json = QJsonDocument::fromJson(message.data).object();
+        SocketRequest request{json[u"event"].toString(), {}};
+        const QJsonObject data = json[u"data"].toObject();
+        for (auto it = data.begin(); it != data.end(); ++it)
+            request.data.emplace(it.key(), it.value().toString());
+        all << describe(request);
+    }
+    return all;
+}
+
+} // namespace
+
+class TestSocketMessages : public QObject {
+    Q_OBJECT
+
+private slots:
+    void whatIsSent()
+    {
+        const auto sent = [](const SocketRequest &request) { return encodeJson(request); };
+        QCOMPARE(sent(LoginSocketRequest(u"a\"b"_s)), "{\"data\":{\"token\":\"a\\\"b\"},\"event\":\"login\"}");
+        QCOMPARE(LoginSocketRequest({}).data.at(u"token"_s), QString());
+        QCOMPARE(sent(AmAliveSocketRequest(u"a.b"_s)), "{\"data\":{\"token\":\"a.b\"},\"event\":\"amAlive\"}");
+        QCOMPARE(AmAliveSocketRequest({}).data.at(u"token"_s), u"(null)"_s);
+
+        const qint64 before = QDateTime::currentSecsSinceEpoch();
+        const AckSocketRequest acknowledgement(u"नया"_s);
+        const qint64 after = QDateTime::currentSecsSinceEpoch();
+        const QString time = acknowledgement.data.at(u"timestamp"_s);
+        QVERIFY(time.toLongLong() >= before && time.toLongLong() <= after);
+        QCOMPARE(sent(acknowledgement),
+                 "{\"data\":{\"originalEvent\":\"नया\",\"timestamp\":\"" + time.toUtf8() + "\"},\"event\":\"ack\"}");
+    }
+
+    void whatIsReceived()
+    {
+        using Response = SocketResponse<VLChatMessage>;
+        QCOMPARE(decodeJson<Response>(chatMessage)->data.messageText, u"hi"_s);
+        QCOMPARE(decodeJson<Response>("{\"event\":\"chatThreadAddOrEdit\",\"data\":{\"_id\":\"m\",\"threadId\":\"T\"}}")
+                     ->event,
+                 SocketEvent::chatThread);
+        QCOMPARE(decodeJson<Response>("{\"event\":\"other\",\"data\":{}}").error().path, u"$.event"_s);
+        QCOMPARE(decodeJson<Response>("{\"event\":\"chatMessage\"}").error().message(), u"$.data: missing"_s);
+    }
+};
+
+class TestSocketSession : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_session.reset();
+        m_platform = std::make_unique<TestPlatform>();
+        m_session = std::make_unique<VLWebSocketManager>(VLApiServer::staging, u"a.b.c"_s);
+        m_session->isConnectedToNetwork = true;
+        m_session->isUserJoinedMeeting = true;
+    }
+
+    void theHolderStartsASessionThatFeedsTheChat()
+    {
+        VLApiManager api;
+        ChatViewModel chat(api);
+        chat.receivedID = u"asha"_s;
+        SocketManager holder(chat);
+        holder.start(); // without a session
+        holder.webSocketManager = std::make_unique<VLWebSocketManager>(VLApiServer::demo, u"a.b.c"_s);
+        holder.start();
+        QVERIFY(holder.webSocketManager->isStartedManually);
+        settle();
+        QCOMPARE(server().request().url, QUrl(u"wss://socket.demo.confera.example/ws"_s));
+        QVERIFY(server().request().headers.empty());
+        QCOMPARE(server().request().connectTimeout, 20s);
+        server().connected();
+        settle();
+        QCOMPARE(server().takeSent(),
+                 (std::vector<FakeSocketMessage>{
+                     {FakeSocketMessage::Kind::Binary, encodeJson<SocketRequest>(LoginSocketRequest(u"a.b.c"_s))}}));
+        server().text(chatMessage);
+        settle();
+        QCOMPARE(chat.aryMessages.size(), 1U);
+        QVERIFY(chat.aryMessages.front().isIncomingMessage);
+        m_platform->clock->advance(50s);
+        settle();
+        QCOMPARE(describe(server().takeSent()), (QStringList{u"ack chatMessage"_s, u"amAlive"_s, u"amAlive"_s}));
+
+        const FakeSocket first = server();
+        holder.webSocketManager = std::make_unique<VLWebSocketManager>(VLApiServer::demo, u"d.e.f"_s);
+        holder.start();
+        settle();
+        QVERIFY(!first.isAlive());
+        QVERIFY(server().isConnecting());
+        QCOMPARE(m_platform->clock->runningTimers(), 0U);
+    }
+
+    void connectingIsRefusedWhile_data()
+    {
+        addRows<std::function<void(VLWebSocketManager &)>, int>({
+            {"nothing", [](VLWebSocketManager &) {}, 1},
+            {"messages are custom", [](VLWebSocketManager &session) { session.useCustomSocketMessages = true; }, 0},
+            {"there is no network", [](VLWebSocketManager &session) { session.isConnectedToNetwork = false; }, 0},
+            {"it connects", [](VLWebSocketManager &session) { session.connect(); }, 1},
+            {"it is connected", [](VLWebSocketManager &session) { session.isSocketConnected = true; }, 0},
+        });
+    }
+    void connectingIsRefusedWhile()
+    {
+        const auto [prepare, sockets] = currentRow<std::function<void(VLWebSocketManager &)>, int>();
+        prepare(*m_session);
+        m_session->connect();
+        settle();
+        QCOMPARE(m_platform->socketWorker->socketCount(), sockets);
+    }
+
+    void everyObjectIsAcknowledgedBeforeItIsRead_data()
+    {
+        addRows<QByteArray, QStringList>({
+            {"a message", chatMessage, {u"ack chatMessage"_s, u"m1"_s}},
+            {"a message without an identifier",
+             R"({"event":"chatMessage","data":{"threadId":"T"}})",
+             {u"ack chatMessage"_s}},
+            {"an update",
+             R"({"event":"chatMessageUpdate","data":{"_id":"m","threadId":"T"}})",
+             {u"ack chatMessageUpdate"_s}},
+            {"another event", R"({"event":"typing"})", {u"ack typing"_s}},
+            {"no event", "{}", {u"ack "_s}},
+            {"an event that is no text", R"({"event":7})", {u"ack "_s}},
+            {"an array", R"([{"event":"chatMessage"}])", {}},
+            {"a lone text", R"("chatMessage")", {}},
+            {"no JSON", R"({"event":"chatMessage")", {}},
+        });
+    }
+    void everyObjectIsAcknowledgedBeforeItIsRead()
+    {
+        const auto [text, expected] = currentRow<QByteArray, QStringList>();
+        standing();
+        QStringList heard;
+        m_session->onNewChatMessage = [&](const VLChatMessage &message) {
+            m_platform->socketWorker->run();
+            heard << describe(server().takeSent()) << message.id;
+        };
+        server().text(text);
+        settle();
+        heard << describe(server().takeSent());
+        QCOMPARE(heard, expected);
+    }
+
+    void whatAnEventDoesToASessionThatStands_data()
+    {
+        using namespace websocket;
+        addRows<WebSocketEvent, bool, bool, int, std::size_t>({
+            // connected, connecting, connections made, timers running
+            {"disconnected", Disconnected{{}, 1000}, false, false, 1, 1},
+            {"error", Error{{}}, false, true, 2, 0},
+            {"another path", ReconnectSuggested{true}, false, true, 2, 0},
+            {"no other path", ReconnectSuggested{false}, true, false, 1, 1},
+            {"cancelled", Cancelled{}, false, false, 1, 0},
+            {"ended without a word", PeerClosed{}, true, false, 1, 1},
+            {"binary", Binary{chatMessage}, true, false, 1, 1},
+            {"ping", Ping{}, true, false, 1, 1},
+            {"pong", Pong{}, true, false, 1, 1},
+            {"viability", ViabilityChanged{false}, true, false, 1, 1},
+        });
+    }
+    void whatAnEventDoesToASessionThatStands()
+    {
+        const auto [event, connected, connecting, sockets, timers] =
+            currentRow<WebSocketEvent, bool, bool, int, std::size_t>();
+        standing();
+        m_session->didReceive(event, *m_session->socketConnection);
+        QCOMPARE(m_session->isSocketConnected, connected);
+        QCOMPARE(m_session->isSocketInConnectingState, connecting);
+        settle();
+        QCOMPARE(m_platform->socketWorker->socketCount(), sockets);
+        QCOMPARE(m_platform->clock->runningTimers(), timers);
+        QVERIFY(server().sent().empty());
+        QCOMPARE(m_session->amAliveTimer != nullptr, timers > 0);
+        QVERIFY(!m_session->pendingRequests.size());
+    }
+
+    void aSessionThatMayNotReconnectKeepsWhatItHas()
+    {
+        standing();
+        m_session->isUserJoinedMeeting = false;
+        server().deliver(websocket::Error{{}});
+        settle();
+        QVERIFY(m_session->isSocketConnected);
+        QCOMPARE(m_platform->socketWorker->socketCount(), 1);
+    }
+
+    void anErrorBeforeTheFirstConnectionIsTheEnd()
+    {
+        m_session->connect();
+        m_platform->socketWorker->advance(20s); // the limit for connecting
+        settle();
+        QVERIFY(server().hasEnded());
+        QVERIFY(m_session->isSocketInConnectingState);
+        m_session->connect();
+        settle();
+        QCOMPARE(m_platform->socketWorker->socketCount(), 1);
+    }
+
+    void keepAlivesOfADisconnectedSessionPileUp()
+    {
+        standing();
+        server().disconnected(1001, u"going away"_s);
+        settle();
+        m_platform->clock->advance(25s);
+        QCOMPARE(pending(), QStringList{u"amAlive"_s});
+
+        // Another connection starts another timer; the one before goes on beside it, and closing does not stop
+        // it.
+        m_session->connect();
+        settle();
+        server().connected();
+        settle();
+        m_platform->clock->advance(25s);
+        settle();
+        QCOMPARE(describe(server().takeSent()), (QStringList{u"login"_s, u"amAlive"_s, u"amAlive"_s}));
+        m_session->disconnect();
+        settle();
+        QCOMPARE(server().closing(), (FakeSocketClose{1000, {}}));
+        m_platform->clock->advance(25s);
+        QCOMPARE(pending(), (QStringList{u"amAlive"_s, u"amAlive"_s}));
+        m_session.reset();
+        QCOMPARE(m_platform->clock->runningTimers(), 0U);
+    }
+
+    void aClosedConnectionStillTellsItsEnd()
+    {
+        standing();
+        FakeSocket first = server();
+        first.deliver(websocket::ReconnectSuggested{true});
+        settle();
+        QCOMPARE(first.closing(), (FakeSocketClose{1000, {}}));
+        server().connected();
+        settle();
+        QVERIFY(m_session->isSocketConnected);
+        first.disconnected(1000, {});
+        settle();
+        QVERIFY(!first.isAlive());
+        QVERIFY(!m_session->isSocketConnected); // although the second one stands
+        server().text(chatMessage);
+        settle();
+        QCOMPARE(pending(), QStringList{u"ack chatMessage"_s});
+
+        const FakeSocket second = server();
+        server().deliver(websocket::Error{{}});
+        settle();
+        QVERIFY(!second.isAlive());
+        QVERIFY(server().isConnecting());
+        QCOMPARE(m_platform->socketWorker->socketCount(), 3);
+    }
+
+    void nothingReachesASessionThatIsGone()
+    {
+        m_session->connect();
+        settle();
+        server().connected();
+        server().text(chatMessage);
+        m_session.reset(); // while both events wait for the main thread
+        settle();
+        QVERIFY(!server().isAlive());
+        QVERIFY(server().sent().empty());
+
+        init();
+        standing();
+        m_session->onNewChatMessage = [&](const VLChatMessage &) { m_session.reset(); };
+        server().text(chatMessage);
+        server().text(chatMessage);
+        settle();
+        QVERIFY(!server().isAlive());
+
+        init();
+        m_session->connect();
+        settle();
+        m_session->didReceive(websocket::Connected{}, *m_session->socketConnection);
+        m_session.reset(); // before its timer starts
+        settle();
+        QCOMPARE(m_platform->clock->runningTimers(), 0U);
+    }
+
+private:
+    [[nodiscard]] FakeSocket server() const { return m_platform->socketWorker->lastSocket(); }
+    [[nodiscard]] QStringList pending() const
+    {
+        QStringList all;
+        for (const SocketRequest &request : m_session->pendingRequests)
+            all << describe(request);
+        return all;
+    }
+
+    void settle()
+    {
+        for (int turn = 0; turn < 4; ++turn) {
+            m_platform->socketWorker->run();
+            QCoreApplication::processEvents();
+        }
+    }
+
+    /// Connected and logged in, with its timer.
+    void standing()
+    {
+        m_session->connect();
+        settle();
+        server().connected();
+        settle();
+        QCOMPARE(describe(server().takeSent()), QStringList{u"login"_s});
+        QCOMPARE(m_platform->clock->runningTimers(), 1U);
+    }
+
+    std::unique_ptr<TestPlatform> m_platform;
+    std::unique_ptr<VLWebSocketManager> m_session;
+};
+
+static const InSuite<TestSocketMessages> messages;
+static const InSuite<TestSocketSession> session;
+
+#include "tst_socket_session.moc"
