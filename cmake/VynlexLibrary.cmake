@@ -12,6 +12,7 @@ target_sources(VynlexTranslationSDK PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_
     include/VynlexTranslationSDK/VLTranslationConfig.h
     include/VynlexTranslationSDK/VynlexExport.h
     include/VynlexTranslationSDK/VynlexTranslationSDKVersion.h)
+target_compile_features(VynlexTranslationSDK PUBLIC cxx_std_20)
 target_link_libraries(VynlexTranslationSDK PUBLIC Qt6::Core Qt6::Quick)
 get_property(folders GLOBAL PROPERTY VYNLEX_FOLDERS)
 foreach(folder IN LISTS folders)

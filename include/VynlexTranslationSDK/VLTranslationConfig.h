@@ -4,8 +4,6 @@
 
 #include <QString>
 
-#include <utility>
-
 namespace vynlex {
 
 /// The keys of the cloud services, as the host hands them in. A plain value.
@@ -13,12 +11,7 @@ namespace vynlex {
 /// Nothing is checked here: an empty or wrong key shows up when a service is asked. All three stay in memory only.
 class VYNLEX_EXPORT VLTranslationConfig {
 public:
-    VLTranslationConfig(QString speechKey, QString speechRegion, QString textTranslationKey)
-        : m_speechKey(std::move(speechKey))
-        , m_speechRegion(std::move(speechRegion))
-        , m_textTranslationKey(std::move(textTranslationKey))
-    {
-    }
+    VLTranslationConfig(QString speechKey, QString speechRegion, QString textTranslationKey);
 
     /// Subscription key of the speech service, for recognition and for speech output.
     [[nodiscard]] const QString &speechKey() const { return m_speechKey; }
