@@ -11,6 +11,7 @@ namespace vynlex {
 /// Nothing is checked here: an empty or wrong key shows up when a service is asked. All three stay in memory only.
 class VYNLEX_EXPORT VLTranslationConfig {
 public:
+    /// Any texts, empty ones too.
     VLTranslationConfig(QString speechKey, QString speechRegion, QString textTranslationKey);
 
     /// Subscription key of the speech service, for recognition and for speech output.
@@ -20,6 +21,7 @@ public:
     /// Subscription key of the text translator.
     [[nodiscard]] const QString &textTranslationKey() const { return m_textTranslationKey; }
 
+    /// Whether all three texts are the same.
     bool operator==(const VLTranslationConfig &) const = default;
 
 private:
