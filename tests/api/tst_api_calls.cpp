@@ -399,7 +399,7 @@ private:
     QStringList m_outcomes;
 };
 
-static const InSuite<TestApiCalls> inSuite;
+template struct vynlex::InSuite<TestApiCalls>;
 
 int main(int argc, char **argv)
 {

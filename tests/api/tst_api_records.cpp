@@ -264,6 +264,6 @@ private slots:
     }
 };
 
-static const InSuite<TestApiRecords> inSuite;
+template struct vynlex::InSuite<TestApiRecords>;
 
 #include "tst_api_records.moc"

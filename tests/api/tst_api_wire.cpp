@@ -108,6 +108,6 @@ private:
     std::unique_ptr<VLApiManager> m_manager;
 };
 
-static const InSuite<TestApiWire> inSuite;
+template struct vynlex::InSuite<TestApiWire>;
 
 #include "tst_api_wire.moc"

@@ -155,7 +155,7 @@ private:
     std::shared_ptr<Screen> m_screen;
 };
 
-static const InSuite<TestChatModel> inSuite;
+template struct vynlex::InSuite<TestChatModel>;
 
 int main(int argc, char **argv)
 {

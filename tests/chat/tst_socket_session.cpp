@@ -343,7 +343,7 @@ private:
     std::unique_ptr<VLWebSocketManager> m_session;
 };
 
-static const InSuite<TestSocketMessages> messages;
-static const InSuite<TestSocketSession> session;
+template struct vynlex::InSuite<TestSocketMessages>;
+template struct vynlex::InSuite<TestSocketSession>;
 
 #include "tst_socket_session.moc"

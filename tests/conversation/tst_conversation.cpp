@@ -481,7 +481,7 @@ private slots:
     }
 };
 
-static const InSuite<tst_conversation> inSuite;
+template struct vynlex::InSuite<tst_conversation>;
 
 int main(int argc, char **argv)
 {

@@ -173,6 +173,6 @@ private slots:
     }
 };
 
-static const InSuite<tst_language_picker> inSuite;
+template struct vynlex::InSuite<tst_language_picker>;
 
 #include "tst_language_picker.moc"

@@ -7,25 +7,32 @@
 
 namespace vynlex {
 
-/// Several test classes in one executable, which saves linking the same libraries again. Each has an `InSuite`; one
-/// file of the executable has a main function that calls `runSuite`.
+/// Several test classes in one executable, which saves linking the same libraries again. One file of the executable has
+/// a main function that calls `runSuite`.
 using SuiteEntry = int (*)(int, char **);
-inline std::vector<SuiteEntry> suite; // NOLINT: filled before main
+inline std::vector<SuiteEntry> &suite()
+{
+    static std::vector<SuiteEntry> entries;
+    return entries;
+}
 
+/// `template struct vynlex::InSuite<TestFoo>;` puts the class `TestFoo` into the executable's suite.
 template<typename Test> struct InSuite {
-    InSuite()
+    InSuite() = delete;
+
+    static int run(int argc, char **argv)
     {
-        suite.push_back([](int argc, char **argv) {
-            Test test;
-            return QTest::qExec(&test, argc, argv);
-        });
+        Test test;
+        return QTest::qExec(&test, argc, argv);
     }
+    static const bool added;
 };
+template<typename Test> const bool InSuite<Test>::added = (suite().push_back(run), true);
 
 inline int runSuite(int argc, char **argv)
 {
     int failed = 0;
-    for (const SuiteEntry run : suite)
+    for (const SuiteEntry run : suite())
         failed += run(argc, argv);
     return failed;
 }

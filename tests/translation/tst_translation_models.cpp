@@ -360,9 +360,9 @@ private:
     std::atomic<int> m_completed = 0;
 };
 
-static const InSuite<TestSpeachToText> speachToText;
-static const InSuite<TestTextToText> textToText;
-static const InSuite<TestTextToSpeach> textToSpeach;
+template struct vynlex::InSuite<TestSpeachToText>;
+template struct vynlex::InSuite<TestTextToText>;
+template struct vynlex::InSuite<TestTextToSpeach>;
 
 int main(int argc, char **argv)
 {

@@ -212,6 +212,6 @@ private slots:
     }
 };
 
-static const InSuite<TestConnectionPolicy> inSuite;
+template struct vynlex::InSuite<TestConnectionPolicy>;
 
 #include "tst_connection_policy.moc"

@@ -421,8 +421,8 @@ private slots:
     }
 };
 
-static const InSuite<TestHttpTransport> contract;
-static const InSuite<TestCurlHttpTransport> wire;
+template struct vynlex::InSuite<TestHttpTransport>;
+template struct vynlex::InSuite<TestCurlHttpTransport>;
 
 int main(int argc, char **argv)
 {

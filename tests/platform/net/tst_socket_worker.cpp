@@ -405,7 +405,7 @@ private slots:
     }
 };
 
-static const InSuite<TestSocketWorker> contract;
-static const InSuite<TestBeastSocketWorker> wire;
+template struct vynlex::InSuite<TestSocketWorker>;
+template struct vynlex::InSuite<TestBeastSocketWorker>;
 
 #include "tst_socket_worker.moc"

@@ -755,6 +755,6 @@ private slots:
     }
 };
 
-static const InSuite<TestRecognition> inSuite;
+template struct vynlex::InSuite<TestRecognition>;
 
 #include "tst_recognition.moc"

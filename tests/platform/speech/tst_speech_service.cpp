@@ -364,6 +364,6 @@ private slots:
     }
 };
 
-static const InSuite<TestSpeechService> inSuite;
+template struct vynlex::InSuite<TestSpeechService>;
 
 #include "tst_speech_service.moc"

@@ -136,9 +136,9 @@ private slots:
     }
 };
 
-static const InSuite<TestSpeechConfig> config;
-static const InSuite<TestSpeechMessage> message;
-static const InSuite<TestPushAudioInputStream> stream;
+template struct vynlex::InSuite<TestSpeechConfig>;
+template struct vynlex::InSuite<TestSpeechMessage>;
+template struct vynlex::InSuite<TestPushAudioInputStream>;
 
 int main(int argc, char **argv)
 {

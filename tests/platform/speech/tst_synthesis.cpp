@@ -379,6 +379,6 @@ private slots:
     }
 };
 
-static const InSuite<TestSynthesis> inSuite;
+template struct vynlex::InSuite<TestSynthesis>;
 
 #include "tst_synthesis.moc"

@@ -102,6 +102,6 @@ private slots:
     }
 };
 
-static const InSuite<tst_controls> inSuite;
+template struct vynlex::InSuite<tst_controls>;
 
 #include "tst_controls.moc"

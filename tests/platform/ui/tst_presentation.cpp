@@ -198,6 +198,6 @@ private slots:
     }
 };
 
-static const InSuite<tst_presentation> inSuite;
+template struct vynlex::InSuite<tst_presentation>;
 
 #include "tst_presentation.moc"

@@ -245,7 +245,7 @@ private slots:
     }
 };
 
-static const InSuite<tst_screen_host> inSuite;
+template struct vynlex::InSuite<tst_screen_host>;
 
 int main(int argc, char **argv)
 {
