@@ -9,6 +9,10 @@ target_compile_options(vynlex_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshad
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     target_compile_options(vynlex_warnings INTERFACE -Wno-restrict) # false alarms for "text" + std::string when optimising
 endif()
+if(CMAKE_UNITY_BUILD)
+    # Files compiled as one see each other's names, and the compiler takes them all for headers.
+    target_compile_options(vynlex_warnings INTERFACE -Wno-shadow -Wno-subobject-linkage)
+endif()
 if(VYNLEX_WARNINGS_AS_ERRORS)
     target_compile_options(vynlex_warnings INTERFACE -Werror)
 endif()

@@ -115,7 +115,7 @@ void NetlinkReachabilitySource::stop()
 
 tl::expected<ReachabilityFlags, QString> NetlinkReachabilitySource::currentFlags()
 {
-    return KernelNetwork::read().map(flagsOf);
+    return KernelNetwork::read().map([](const KernelNetwork &network) { return flagsOf(network); });
 }
 
 } // namespace vynlex

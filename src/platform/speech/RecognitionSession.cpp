@@ -16,7 +16,7 @@ qint64 bytesIn(Ticks time)
     return time.count() / ticksPerSample * bytesPerSample;
 }
 
-std::chrono::microseconds playTime(qint64 bytes)
+std::chrono::microseconds audioTime(qint64 bytes)
 {
     return std::chrono::microseconds(bytes * 1'000'000 / SpeechLimits::bytesPerSecond);
 }
@@ -141,7 +141,7 @@ void RecognitionSession::receiveTurnEnd()
         return;
     }
     const bool hasty = m_worker.now() - m_turn->begun < SpeechLimits::hastyTurn &&
-                       playTime(m_backlog.begin() - m_turn->begin) < SpeechLimits::hastyTurn;
+                       audioTime(m_backlog.begin() - m_turn->begin) < SpeechLimits::hastyTurn;
     forgetTurn();
     if (!hasty) {
         m_hastyTurns = 0;
@@ -206,7 +206,7 @@ void RecognitionSession::pump()
         sendAudio(piece);
         m_sent += piece.size();
         m_fastBytesLeft -= std::min(m_fastBytesLeft, piece.size());
-        m_nextPiece = m_worker.now() + playTime(piece.size()) / SpeechLimits::maximumSpeed;
+        m_nextPiece = m_worker.now() + audioTime(piece.size()) / SpeechLimits::maximumSpeed;
         if (m_sent - m_backlog.begin() > SpeechLimits::maximumUnacknowledgedBytes) {
             fail(inactivityFailure());
             return;
