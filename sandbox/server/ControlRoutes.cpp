@@ -41,9 +41,12 @@ HttpResponse added(FaultBoard &faults, const std::string &body)
 
 } // namespace
 
-void addControlRoutes(Router &router, FaultBoard &faults, const RequestLog &log)
+void addControlRoutes(ServerContext &context)
 {
     const std::string host = "localhost";
+    Router &router = context.control;
+    FaultBoard &faults = context.faults;
+    const RequestLog &log = context.log;
     router.addHttp(host, "POST", "/faults", [&faults](const HttpRequest &request) -> asio::awaitable<HttpResponse> {
         co_return added(faults, request.body());
     });
@@ -62,6 +65,9 @@ void addControlRoutes(Router &router, FaultBoard &faults, const RequestLog &log)
     });
     router.addHttp(host, "GET", "/requests", [&log](const HttpRequest &) -> asio::awaitable<HttpResponse> {
         co_return jsonResponse(200, json::serialize(log.recent()));
+    });
+    router.addHttp(host, "GET", "/problems", [&log](const HttpRequest &) -> asio::awaitable<HttpResponse> {
+        co_return jsonResponse(200, json::serialize(log.problems()));
     });
 }
 

@@ -107,6 +107,17 @@ void RequestLog::add(Entry entry)
     m_recent.push_back(std::move(entry));
 }
 
+void RequestLog::addProblem(std::string_view where, std::string_view what)
+{
+    Problem problem;
+    problem.where = printable(where);
+    problem.what = printable(what);
+    const std::scoped_lock lock(m_mutex);
+    if (m_problems.size() == capacity)
+        m_problems.pop_front();
+    m_problems.push_back(std::move(problem));
+}
+
 json::array RequestLog::recent() const
 {
     const std::scoped_lock lock(m_mutex);
@@ -129,6 +140,15 @@ json::array RequestLog::recent() const
         }
         all.push_back(std::move(shown));
     }
+    return all;
+}
+
+json::array RequestLog::problems() const
+{
+    const std::scoped_lock lock(m_mutex);
+    json::array all;
+    for (const auto &problem : m_problems)
+        all.push_back({{"time", isoTime(problem.time)}, {"where", problem.where}, {"what", problem.what}});
     return all;
 }
 

@@ -10,6 +10,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "sandbox/server/Router.h"
@@ -38,8 +39,13 @@ public:
 
     void add(Entry entry);
 
+    /// A fault of a client's that no answer tells it: `where` it was ("host/path session 3") and what was wrong.
+    void addProblem(std::string_view where, std::string_view what);
+
     /// The last `capacity` requests, oldest first.
     [[nodiscard]] boost::json::array recent() const;
+    /// The last `capacity` problems, oldest first.
+    [[nodiscard]] boost::json::array problems() const;
 
     /// Counts since the start, by "METHOD host path": requests, answers by status, bytes and messages.
     [[nodiscard]] boost::json::object totals() const;
@@ -54,10 +60,16 @@ private:
         std::uint64_t messagesSent = 0;
         std::map<unsigned, std::uint64_t> byStatus;
     };
+    struct Problem {
+        std::chrono::system_clock::time_point time = std::chrono::system_clock::now();
+        std::string where;
+        std::string what;
+    };
 
     mutable std::mutex m_mutex;
     std::deque<Entry> m_recent;
     std::map<std::string, Total> m_totals;
+    std::deque<Problem> m_problems;
 };
 
 } // namespace sandbox

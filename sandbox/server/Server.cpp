@@ -55,11 +55,11 @@ struct Server::State {
         : options(std::move(given))
         , workers(options.workers)
     {
-        addControlRoutes(controlRouter, context.faults, context.log);
+        addControlRoutes(context);
     }
 
     Site site() { return {context.router, context.faults, context.log, options.limits}; }
-    Site controlSite() { return {controlRouter, noFaults, controlLog, options.limits}; }
+    Site controlSite() { return {context.control, noFaults, controlLog, options.limits}; }
 
     asio::awaitable<void> acceptAll(tcp::acceptor &acceptor, Serve serve)
     {
@@ -117,7 +117,6 @@ struct Server::State {
 
     ServerOptions options;
     ServerContext context{{}, {}, {}, workers};
-    Router controlRouter;
     RequestLog controlLog;
     FaultBoard noFaults;
     std::optional<asio::ssl::context> tls;

@@ -22,6 +22,7 @@ struct ServerContext {
     FaultBoard faults;
     RequestLog log;
     boost::asio::thread_pool &workers;
+    Router control = {}; ///< of the control port: what a service tells of itself goes under the host "localhost"
 
     /// Runs `work` on a worker thread; the caller goes on, on its own executor, with what it returned or threw. What
     /// `work` refers to must outlive it: it is not interrupted when the connection of the caller ends.
