@@ -70,6 +70,8 @@ Options Options::parse(const std::vector<std::string> &arguments)
         {"--seed", [&](const std::string &, const std::string &value) { options.backend.seed = value; }},
         {"--token-lifetime", [&](const std::string &name,
                                  const std::string &value) { options.backend.tokenLifetime = seconds(name, value); }},
+        {"--socket-silence",
+         [&](const std::string &name, const std::string &value) { options.socket.silence = seconds(name, value); }},
         {"--phrasebook", [&](const std::string &, const std::string &value) { options.phrasebook = value; }},
     };
     const std::map<std::string, bool *, std::less<>> switches{
@@ -128,6 +130,7 @@ Stands in, on this machine only, for the cloud services that the translation kit
   --seed FILE               users, calls and conversations of a new data folder, JSON; the web token
                             of each user is "web-token-" and the user's id
   --token-lifetime SECONDS  how long the backend's JWTs are good (default: 86400)
+  --socket-silence SECONDS  how long a client of the backend's socket may say nothing (default: 60)
   --stop-with-parent        stop when standard input reaches its end
   --help                    show this and stop
   --version                 show the version and stop

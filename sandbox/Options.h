@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "sandbox/backend/BackendApi.h"
+#include "sandbox/backend/SocketSession.h"
 #include "sandbox/server/Server.h"
 #include "sandbox/server/Subscription.h"
 
@@ -21,6 +22,7 @@ struct Options {
     Subscription speech;
     Subscription translator;
     BackendOptions backend;
+    SocketLimits socket;
     std::optional<std::filesystem::path> phrasebook; ///< absent: the one that comes with the sandbox
     bool stopWithStandardInput = false;
     bool help = false;

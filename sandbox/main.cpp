@@ -53,7 +53,7 @@ int serve(const sandbox::Options &options)
     sandbox::ServerOptions serverOptions = options.server;
     serverOptions.limits.bodyBytes = largestBody;
     sandbox::Server server(std::move(serverOptions));
-    sandbox::addBackendRoutes(server.context(), backend);
+    sandbox::addBackendRoutes(server.context(), backend, options.socket);
     sandbox::addTranslationRoutes(server.context().router, models->book(), options.translator);
     sandbox::addSpeechRoutes(std::make_shared<sandbox::SpeechService>(
         sandbox::SpeechService{server.context(), options.speech, sandbox::makeSpeechEngines(models)}));

@@ -173,7 +173,7 @@ BackendApi::Result BackendApi::handled(const ApiRequest &request)
     const std::scoped_lock lock(m_mutex);
     Context context{request, {}, *threadId};
     if (operation->isForCallers) {
-        auto caller = callerOf(request);
+        auto caller = callerOf(request.authorization);
         if (!caller)
             return tl::unexpected(caller.error());
         context.caller = *std::move(caller);
@@ -185,11 +185,35 @@ BackendApi::Result BackendApi::handled(const ApiRequest &request)
     return (this->*operation->answer)(context);
 }
 
-tl::expected<BackendUser, ApiError> BackendApi::callerOf(const ApiRequest &request)
+tl::expected<BackendUser, ApiError> BackendApi::userOf(const std::string &token)
 {
-    if (!request.authorization)
+    const std::scoped_lock lock(m_mutex);
+    return callerOf(token);
+}
+
+std::vector<Push> BackendApi::takePushes()
+{
+    const std::scoped_lock lock(m_pushMutex);
+    return std::exchange(m_pushes, {});
+}
+
+void BackendApi::tell(const ThreadRecord &thread, std::string_view event, const json::object &data)
+{
+    Push push;
+    for (const auto &member : thread.members)
+        push.userIds.push_back(member.id);
+    push.frame.event = event;
+    push.frame.text =
+        std::make_shared<const std::string>(json::serialize(json::object{{"event", event}, {"data", data}}));
+    const std::scoped_lock lock(m_pushMutex);
+    m_pushes.push_back(std::move(push));
+}
+
+tl::expected<BackendUser, ApiError> BackendApi::callerOf(const std::optional<std::string> &token)
+{
+    if (!token)
         return tl::unexpected(ApiError::unauthorized());
-    const auto userId = m_tokens.userOf(*request.authorization, now());
+    const auto userId = m_tokens.userOf(*token, now());
     if (!userId) {
         return tl::unexpected(userId.error() == SessionTokens::Refusal::Expired ? ApiError::tokenExpired()
                                                                                 : ApiError::unauthorized());
@@ -337,8 +361,13 @@ BackendApi::Result BackendApi::getPrivateThread(const Context &context)
     if (!contains(members, context.caller.id))
         return tl::unexpected(ApiError::forbidden("You are not one of the two."));
     const Instant moment = now();
-    return threadJson(
-        m_conversations.privateThread({newObjectId(moment), members[0], members[1], about, context.caller.id, moment}));
+    const auto fresh = newObjectId(moment);
+    const ThreadRecord thread =
+        m_conversations.privateThread({fresh, members[0], members[1], about, context.caller.id, moment});
+    json::object answer = threadJson(thread);
+    if (thread.id == fresh)
+        tell(thread, pushEvents::threadMade, answer);
+    return answer;
 }
 
 BackendApi::Result BackendApi::getMessages(const Context &context)
@@ -357,6 +386,8 @@ BackendApi::Result BackendApi::getMessages(const Context &context)
     answer["moreAvailable"] = page.moreAfter(range);
     answer["totalCount"] = page.total;
     answer["unreadCount"] = page.unread;
+    for (const auto &message : m_conversations.markRead(page.records, context.caller.id))
+        tell(*thread, pushEvents::messageChanged, messageJson(message));
     return answer;
 }
 
@@ -380,7 +411,9 @@ BackendApi::Result BackendApi::sendMessage(const Context &context)
         if (member.id != context.caller.id)
             message.recipients.push_back({member.id, true});
     }
-    return messageJson(m_conversations.send(message));
+    json::object answer = messageJson(m_conversations.send(message));
+    tell(*thread, pushEvents::messageSent, answer);
+    return answer;
 }
 
 } // namespace sandbox

@@ -15,6 +15,7 @@
 #include "sandbox/backend/Conversations.h"
 #include "sandbox/backend/Database.h"
 #include "sandbox/backend/Directory.h"
+#include "sandbox/backend/Push.h"
 #include "sandbox/backend/Seed.h"
 #include "sandbox/backend/SessionTokens.h"
 
@@ -47,7 +48,8 @@ struct ApiAnswer {
 ///
 /// Every request is checked in this order: path, method, content type, device id, who calls, query and body. A request
 /// of somebody who waits for admission is refused then, but for the exchange of the web token, which tells who somebody
-/// is and no more.
+/// is and no more. What happens in a thread is told to both of its members, whoever did it: a request does not say
+/// which of the caller's sessions it comes with.
 class BackendApi {
 public:
     /// Opens or makes "backend.sqlite" in the data folder; a new one gets the seed. Throws std::runtime_error.
@@ -55,6 +57,13 @@ public:
 
     /// Any thread; may wait for the disk. What it has acknowledged is on disk.
     [[nodiscard]] ApiAnswer answer(const ApiRequest &request);
+
+    /// Whom a JWT names; refused as a request with it would be. Any thread; may wait for the disk.
+    [[nodiscard]] tl::expected<BackendUser, ApiError> userOf(const std::string &token);
+
+    /// What the requests so far give members to hear, in the order in which it came onto the disk; each once. Any
+    /// thread; never waits for the disk.
+    [[nodiscard]] std::vector<Push> takePushes();
 
 private:
     struct Context {
@@ -67,8 +76,9 @@ private:
     static const std::vector<Operation> &operations();
 
     Result handled(const ApiRequest &request);
-    tl::expected<BackendUser, ApiError> callerOf(const ApiRequest &request);
+    tl::expected<BackendUser, ApiError> callerOf(const std::optional<std::string> &token);
     tl::expected<ThreadRecord, ApiError> threadOf(const Context &context);
+    void tell(const ThreadRecord &thread, std::string_view event, const boost::json::object &data);
 
     Result getToken(const Context &context);
     Result appendContacts(const Context &context);
@@ -83,6 +93,9 @@ private:
     Database m_database;
     Directory m_directory;
     Conversations m_conversations;
+
+    std::mutex m_pushMutex; ///< taken for moments only
+    std::vector<Push> m_pushes;
 };
 
 } // namespace sandbox

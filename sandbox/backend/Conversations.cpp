@@ -112,4 +112,26 @@ MessagePage Conversations::messages(std::string_view threadId, std::string_view 
     return page;
 }
 
+std::vector<MessageRecord> Conversations::markRead(const std::vector<MessageRecord> &messages, std::string_view userId)
+{
+    std::vector<MessageRecord> changed;
+    for (const auto &message : messages) {
+        for (std::size_t i = 0; i < message.recipients.size(); ++i) {
+            if (message.recipients[i].userId == userId && message.recipients[i].isUnread) {
+                changed.push_back(message);
+                changed.back().recipients[i].isUnread = false;
+            }
+        }
+    }
+    if (changed.empty())
+        return changed;
+    Transaction transaction(m_database);
+    auto update = m_database.prepare("UPDATE recipients SET isUnread = 0 WHERE userId = ? AND messagePlace = (SELECT "
+                                     "place FROM messages WHERE id = ?)");
+    for (const auto &message : changed)
+        update.with(userId, message.id).run();
+    transaction.commit();
+    return changed;
+}
+
 } // namespace sandbox

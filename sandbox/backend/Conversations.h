@@ -76,6 +76,9 @@ public:
     /// Newest first.
     [[nodiscard]] MessagePage messages(std::string_view threadId, std::string_view userId, PageRange range);
 
+    /// Those of `messages` that the user had not read, as they are now that the user has.
+    std::vector<MessageRecord> markRead(const std::vector<MessageRecord> &messages, std::string_view userId);
+
 private:
     Database &m_database;
 };

@@ -222,7 +222,7 @@ std::optional<Operation> findOperation(const QJsonObject &document, const QStrin
     return std::nullopt;
 }
 
-void checkJson(const QByteArray &body, const QJsonObject &holder, const Schemas &schemas, QStringList &violations)
+void checkJson(const QByteArray &body, const QJsonValue &schema, const Schemas &schemas, QStringList &violations)
 {
     QJsonParseError error;
     const QJsonDocument json = QJsonDocument::fromJson(body, &error);
@@ -231,7 +231,12 @@ void checkJson(const QByteArray &body, const QJsonObject &holder, const Schemas 
         return;
     }
     const QJsonValue value = json.isArray() ? QJsonValue(json.array()) : QJsonValue(json.object());
-    schemas.check(value, holder["content"]["application/json"]["schema"], "body", violations);
+    schemas.check(value, schema, "body", violations);
+}
+
+QJsonValue jsonSchema(const QJsonObject &holder)
+{
+    return holder["content"]["application/json"]["schema"];
 }
 
 std::optional<QString> headerNamed(const OpenApiContract::Headers &headers, const QString &name)
@@ -327,7 +332,7 @@ QStringList OpenApiContract::violationsOfRequest(const QByteArray &method, const
     else if (!requestBody.isEmpty() && body.isEmpty() && requestBody["required"].toBool())
         violations << "body: is missing";
     else if (!body.isEmpty())
-        checkJson(body, requestBody, schemas, violations);
+        checkJson(body, jsonSchema(requestBody), schemas, violations);
     return violations;
 }
 
@@ -343,7 +348,14 @@ QStringList OpenApiContract::violationsOfAnswer(const QByteArray &method, const 
     if (answer.isEmpty())
         violations << "status: " + QString::number(status) + " is not in the document";
     else
-        checkJson(body, answer, schemas, violations);
+        checkJson(body, jsonSchema(answer), schemas, violations);
+    return violations;
+}
+
+QStringList OpenApiContract::violationsOfFrame(const char *sender, const QByteArray &frame) const
+{
+    QStringList violations;
+    checkJson(frame, m_document["x-socket"][QLatin1String(sender)], Schemas(m_document), violations);
     return violations;
 }
 

@@ -37,7 +37,19 @@ public:
     [[nodiscard]] QStringList violationsOfAnswer(const QByteArray &method, const QString &path, int status,
                                                  const QByteArray &body) const;
 
+    /// Of the socket ("x-socket"): what its client sends, and what its server does.
+    [[nodiscard]] QStringList violationsOfClientFrame(const QByteArray &frame) const
+    {
+        return violationsOfFrame("fromClient", frame);
+    }
+    [[nodiscard]] QStringList violationsOfServerFrame(const QByteArray &frame) const
+    {
+        return violationsOfFrame("fromServer", frame);
+    }
+
 private:
+    QStringList violationsOfFrame(const char *sender, const QByteArray &frame) const;
+
     QJsonObject m_document;
     QString m_basePath;
 };

@@ -1,61 +1,28 @@
-#include "sandbox/backend/BackendRoutes.h"
-
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QUrlQuery>
 
 #include <signal.h>
 
 #include <atomic>
 #include <mutex>
-#include <optional>
 #include <set>
 #include <thread>
 
 #include "sandbox/backend/BackendHosts.h"
-#include "tests/fakes/OpenApiContract.h"
 #include "tests/fakes/Rows.h"
-#include "tests/sandbox/server/RunningServer.h"
-#include "tests/sandbox/server/TestClient.h"
+#include "tests/fakes/Suite.h"
+#include "tests/sandbox/backend/RunningBackend.h"
 
 using namespace sandbox;
 using namespace vynlex;
-using vynlex::OpenApiContract;
 
 namespace {
 
 constexpr int limitMs = 60'000;
-
-const std::string asha = "65b20a005eed000000000001";  // the user of most tests
-const std::string rohan = "65b20a005eed000000000002"; // has 200 messages with her
-const std::string meera = "65b20a005eed000000000003"; // has no thread with her
-const std::string anna = "65b20a005eed000000000004";
-const std::string brian = "65b20a005eed000000000005";
-const std::string waiting = "65b20a005eed00000000002c";
-const std::string longThread = "66a9f2005eed000000000001";  // Asha and Rohan
-const std::string otherThread = "66a9f2005eed000000000005"; // of two others
-const std::string exchange = "/api/externalservertp/get-token";
-
-QByteArray messageBody(const QString &text)
-{
-    const QJsonObject component{{"text", text}, {"attachments", QJsonArray()}};
-    return QJsonDocument(QJsonObject{{"messageComponent", component}}).toJson();
-}
-
-QByteArray threadBody(const std::string &first, const std::string &second)
-{
-    const auto id = [](const std::string &text) { return QString::fromStdString(text); };
-    const QJsonObject body{
-        {"members", QJsonArray{id(first), id(second)}}, {"context", id(second)}, {"admins", QJsonArray{id(second)}}};
-    return QJsonDocument(body).toJson();
-}
 
 QByteArray uploadBody(const QList<std::pair<QString, QString>> &numbers)
 {
@@ -64,107 +31,6 @@ QByteArray uploadBody(const QList<std::pair<QString, QString>> &numbers)
         contacts << QJsonObject{{"name", name}, {"phoneNo", digits}};
     return QJsonDocument(QJsonObject{{"contacts", contacts}}).toJson();
 }
-
-QStringList listed(const QJsonObject &answer, const char *list, const char *key)
-{
-    QStringList values;
-    for (const auto element : answer[list].toArray())
-        values << element.toObject()[key].toString();
-    return values;
-}
-
-struct Reply {
-    unsigned status = 0;
-    QJsonObject json;
-
-    [[nodiscard]] QString code() const { return json["message"].toString(); }
-};
-
-/// A caller of the backend. Whatever is asked and answered is held against the document of the interface.
-class Caller {
-public:
-    using Changes = std::map<std::string, std::optional<std::string>>; ///< no value: without that header
-
-    explicit Caller(const Server::Listening &server, const std::string &host = "demo.confera.example")
-        : m_client(server, host)
-    {
-    }
-
-    /// Exchanges the web token.
-    Caller &as(const std::string &userId)
-    {
-        const auto reply = ask("POST", exchange, R"({"jwt":"web-token-)" + QByteArray::fromStdString(userId) + R"("})",
-                               {{"x-source", "myvyn-vynevents"}});
-        token = reply.json["jwt"].toString().toStdString();
-        return *this;
-    }
-
-    Reply ask(const std::string &method, const std::string &target, const QByteArray &body = {},
-              const Changes &changes = {})
-    {
-        Headers headers{{"Content-Type", "application/json"}, {"deviceId", ""}};
-        if (!token.empty())
-            headers["authorization"] = token;
-        for (const auto &[name, value] : changes) {
-            headers.erase(name);
-            if (value)
-                headers[name] = *value;
-        }
-        const Answer answer = m_client.request(method, target, headers, body.toStdString());
-        const auto content = QByteArray::fromStdString(answer.body);
-
-        const QString asked = QString::fromStdString(target);
-        const QString path = asked.section('?', 0, 0);
-        const auto verb = QByteArray::fromStdString(method);
-        QStringList found = contract.violationsOfAnswer(verb, path, static_cast<int>(answer.status), content);
-        if (answer.status == 200) {
-            OpenApiContract::Headers sent;
-            for (const auto &[name, value] : headers)
-                sent.emplace_back(QByteArray::fromStdString(name), QByteArray::fromStdString(value));
-            found += contract.violationsOfRequest(
-                verb, path, sent, QUrlQuery(asked.section('?', 1)).queryItems(QUrl::FullyDecoded), body);
-        }
-        for (const QString &violation : found)
-            violations << QString::fromLatin1(verb) + " " + asked + ": " + violation;
-        return {answer.status, QJsonDocument::fromJson(content).object()};
-    }
-
-    Reply messages(int limit, int offset, const std::string &thread = longThread)
-    {
-        return ask("GET", "/api/chat/thread/" + thread + "/messages?limit=" + std::to_string(limit) +
-                              "&offset=" + std::to_string(offset));
-    }
-    Reply calls(const std::string &categories, int limit = 200, int offset = 0)
-    {
-        return ask("GET", "/api/calls?callCategory=" + categories + "&limit=" + std::to_string(limit) +
-                              "&offset=" + std::to_string(offset));
-    }
-
-    std::string token;
-    QStringList violations;
-    const OpenApiContract contract = OpenApiContract::ofConfera();
-
-private:
-    TestClient m_client;
-};
-
-/// The backend on a data folder, served for as long as the object lives.
-struct RunningBackend {
-    explicit RunningBackend(const std::filesystem::path &folder)
-        : api({folder, defaultSeedFile(), std::chrono::hours(1)})
-        , server([this](ServerContext &context) { addBackendRoutes(context, api); }, optionsFor(folder))
-    {
-    }
-    static ServerOptions optionsFor(const std::filesystem::path &folder)
-    {
-        ServerOptions options;
-        options.dataFolder = folder;
-        return options;
-    }
-
-    BackendApi api;
-    RunningServer server;
-};
 
 } // namespace
 
@@ -465,9 +331,11 @@ private slots:
 
         Caller other(listening());
         other.as(anna);
-        QCOMPARE(other.messages(10, 0, id).json["messages"].toArray(), QJsonArray{sent});
+        QCOMPARE(m_caller->messages(10, 0, id).json["messages"].toArray(), QJsonArray{sent});
         QCOMPARE(other.messages(10, 0, id).json["unreadCount"].toInt(), 1);
-        QCOMPARE(m_caller->messages(10, 0, id).json["unreadCount"].toInt(), 0);
+        const auto again = other.messages(10, 0, id).json; // reading marks as read
+        QCOMPARE(again["unreadCount"].toInt(), 0);
+        QCOMPARE(again["messages"][0][u"recipients"][0][u"isUnread"].toBool(true), false);
 
         const QByteArray withFile = R"({"messageComponent":{"text":"","attachments":[
             {"fileID":"f","fileName":"a.pdf","fileSize":"12","fileURL":"https://files.confera.example/f"}]}})";
@@ -484,6 +352,7 @@ private slots:
         m_caller->ask("PUT", "/api/contacts/append", uploadBody({{"Brian", "9000001005"}}));
         m_caller->ask("POST", "/api/chat/thread/" + longThread + "/messages", messageBody("the last before the end"));
         const auto contacts = m_caller->ask("GET", "/api/contacts/all").json;
+        m_caller->messages(150, 0); // marks as read
         const auto messages = m_caller->messages(150, 0).json;
         m_caller.reset();
         m_backend.reset();
@@ -583,5 +452,12 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(BackendTest)
+static const InSuite<BackendTest> inSuite;
+
+int main(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    return runSuite(argc, argv);
+}
+
 #include "tst_backend.moc"

@@ -156,6 +156,12 @@ void TestClient::sendText(const std::string &text)
     m_state->ws->write(asio::buffer(text));
 }
 
+void TestClient::sendBinary(const std::string &data)
+{
+    m_state->ws->binary(true);
+    m_state->ws->write(asio::buffer(data));
+}
+
 void TestClient::sendPing()
 {
     m_state->ws->ping("are you there");
@@ -176,7 +182,7 @@ TestClient::Event TestClient::receive()
         return {"", s.ws->reason().code, std::string(s.ws->reason().reason.c_str())};
     if (error)
         throw boost::system::system_error(error);
-    return {beast::buffers_to_string(message.data()), std::nullopt, ""};
+    return {beast::buffers_to_string(message.data()), std::nullopt, "", s.ws->got_binary()};
 }
 
 Answer plainRequest(std::uint16_t port, const std::string &method, const std::string &target, const std::string &body,

@@ -38,12 +38,14 @@ public:
     /// The connection becomes a WebSocket. The answer's status is 101 when that worked.
     unsigned upgrade(const std::string &target, const Headers &headers = {});
     void sendText(const std::string &text);
+    void sendBinary(const std::string &data);
     void sendPing();
 
     struct Event {
         std::string text;
         std::optional<std::uint16_t> closeCode; ///< the server has closed
         std::string closeReason;
+        bool binary = false;
     };
     Event receive();
     /// How many have come in while receiving.
