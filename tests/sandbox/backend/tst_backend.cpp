@@ -452,7 +452,7 @@ private slots:
     }
 };
 
-static const InSuite<BackendTest> inSuite;
+template struct vynlex::InSuite<BackendTest>;
 
 int main(int argc, char **argv)
 {

@@ -304,6 +304,6 @@ private slots:
     }
 };
 
-static const InSuite<BackendSocketTest> inSuite;
+template struct vynlex::InSuite<BackendSocketTest>;
 
 #include "tst_backend_socket.moc"
