@@ -170,6 +170,12 @@ void LocalServer::accept()
     for (int taken = -1; (taken = ::accept4(m_listening, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
         ++m_connectionCount;
         const std::lock_guard lock(m_mutex);
+        m_connections.remove_if([](Connection &known) {
+            const bool hasEnded = known.descriptor < 0;
+            if (hasEnded)
+                known.thread.join(); // Else its stack would be kept.
+            return hasEnded;
+        });
         Connection &connection = m_connections.emplace_back();
         connection.descriptor = taken;
         connection.thread = std::thread([this, &connection, taken] {

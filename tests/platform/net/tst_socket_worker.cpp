@@ -289,6 +289,8 @@ private slots:
         row("more", frame(BinaryFrame, QByteArray(1'048'577, 'x')), "error Protocol 0");
         row("broken UTF-8", frame(TextFrame, "\xe0\xa4"), "error Protocol 0");
         row("reserved bit", frame(TextFrame | 0x40, "x"), "error Protocol 0");
+        row("masked", QByteArray("\x81\x81\x00\x00\x00\x00x", 7), "error Protocol 0");
+        row("a code nobody may send", closeFrame(1006), "error Protocol 0");
         row("a piece of nothing", frame(Continuation, "x"), "error Protocol 0");
         QTest::newRow("cut within a character, with a ping between")
             << pieces + frame(CloseFrame, {}) << QStringList{"ping", "text नमस्ते", "disconnected 1005 "};
