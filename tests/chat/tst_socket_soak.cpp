@@ -84,6 +84,6 @@ private:
     Guarded<QByteArrayList> m_wrong;
 };
 
-static const InSuite<TestSocketSoak> inSuite;
+template struct vynlex::InSuite<TestSocketSoak>;
 
 #include "tst_socket_soak.moc"
