@@ -42,6 +42,7 @@ ConversationTranslateVC::ConversationTranslateVC(VLApiManager &apiManager, Langu
     , m_viewModel(std::make_shared<SpeachToTextViewModel>(apiManager, languages))
     , m_textToSpeachViewModel(std::make_shared<TextToSpeachViewModel>(apiManager, languages))
     , m_textToTextViewModel(apiManager)
+    , m_languagePicker(languages)
 {
     using enum ButtonState::Appearance;
     speakerMicButton->setImage(ResourceBundle::image(u"micButton"_s), Normal);
@@ -49,6 +50,8 @@ ConversationTranslateVC::ConversationTranslateVC(VLApiManager &apiManager, Langu
     conversionButton->setImage(ResourceBundle::image(u"conversionButton"_s), Normal);
     infoButton->setImage(ResourceBundle::image(u"infoButton"_s), Normal);
     backButton->setImage(ResourceBundle::image(u"backButton"_s), Normal);
+    connect(&m_languagePicker, &LanguagePicker::viewChanged, this,
+            &ConversationTranslateVC::languageSelectionViewChanged);
 }
 
 ConversationTranslateVC::~ConversationTranslateVC() = default;
@@ -216,17 +219,7 @@ void ConversationTranslateVC::toggleReadingAloud(Side side)
 void ConversationTranslateVC::didTapLanguageAction(const ViewState *tapped)
 {
     const Side side = tapped == speakerLanguageBackView ? Side::Speaker : Side::Listener;
-    removeLanguageSelectionView();
-    m_languageSelectionView =
-        std::make_unique<LanguageSelectionView>(side == Side::Speaker, m_languages, Platform::current()->clock);
-    m_languageSelectionView->selectedLanguage = m_languages.language(side);
-    m_languageSelectionView->onLanguageSelection = [this, side](LanguageOption option) {
-        languageWasChosen(option, side);
-    };
-    connect(m_languageSelectionView.get(), &LanguageSelectionView::removedFromSuperview, this,
-            &ConversationTranslateVC::removeLanguageSelectionView);
-    m_languageSelectionView->show();
-    emit languageSelectionViewChanged();
+    m_languagePicker.open(side, [this, side](LanguageOption option) { languageWasChosen(option, side); });
 }
 
 void ConversationTranslateVC::languageWasChosen(LanguageOption option, Side side)
@@ -235,16 +228,6 @@ void ConversationTranslateVC::languageWasChosen(LanguageOption option, Side side
     // Only a prompt follows the language; a text that was said or translated stays as it is.
     if (isPromptText(half(side).label->text()))
         half(side).label->setText(m_languages.promptText(side));
-}
-
-void ConversationTranslateVC::removeLanguageSelectionView()
-{
-    if (!m_languageSelectionView)
-        return;
-    LanguageSelectionView *const gone = m_languageSelectionView.release();
-    gone->disconnect(this);
-    emit languageSelectionViewChanged();
-    gone->deleteLater(); // Its view is on its way out before it.
 }
 
 void ConversationTranslateVC::didPressConversionButtonAction()

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "conversation/LanguageSelectionView.h"
+#include "conversation/LanguagePicker.h"
 #include "language/Side.h"
 #include "platform/dispatch/Clock.h"
 #include "platform/dispatch/Lifetime.h"
@@ -93,7 +93,7 @@ public:
     Q_INVOKABLE void didPressBackButtonAction();
 
     /// The picker that lies over this screen, or null.
-    [[nodiscard]] LanguageSelectionView *languageSelectionView() const { return m_languageSelectionView.get(); }
+    [[nodiscard]] LanguageSelectionView *languageSelectionView() const { return m_languagePicker.view(); }
 
     [[nodiscard]] SideState speakerState() const { return state(Side::Speaker); }
     [[nodiscard]] SideState listenerState() const { return state(Side::Listener); }
@@ -131,7 +131,6 @@ private:
     void hideTextToSpeachButtonsWithoutText();
     void toggleReadingAloud(Side side);
     void languageWasChosen(LanguageOption option, Side side);
-    void removeLanguageSelectionView();
 
     void beginBusyLook();
     void endBusyLook();
@@ -140,7 +139,7 @@ private:
     const std::shared_ptr<SpeachToTextViewModel> m_viewModel;
     const std::shared_ptr<TextToSpeachViewModel> m_textToSpeachViewModel;
     TextToTextViewModel m_textToTextViewModel;
-    std::unique_ptr<LanguageSelectionView> m_languageSelectionView;
+    LanguagePicker m_languagePicker;
     std::uint64_t m_listening = 0; ///< The number of the latest listening.
     bool m_listeningHasResult = false;
     std::uint64_t m_translation = 0;   ///< The number of the latest translation.
