@@ -1,8 +1,8 @@
 #include "api/ApiRequests.h"
 
-#include <algorithm>
-#include <iterator>
 #include <utility>
+
+#include "api/PhoneNumber.h"
 
 using namespace Qt::StringLiterals;
 
@@ -18,13 +18,6 @@ struct OutgoingMessage {
     QString text;
     std::vector<VLSendAttachmentInfo> attachments;
 };
-
-QString digitsOf(const QString &number)
-{
-    QString digits;
-    std::ranges::copy_if(number, std::back_inserter(digits), [](QChar c) { return c >= u'0' && c <= u'9'; });
-    return digits;
-}
 
 } // namespace
 

@@ -6,6 +6,7 @@
 #include "api/ChatRecords.h"
 #include "api/DirectoryRecords.h"
 #include "api/JwtUserId.h"
+#include "api/PhoneNumber.h"
 #include "api/VLAPIPath.h"
 #include "api/VLHTTPMethod.h"
 #include "tests/fakes/CapturedConsole.h"
@@ -261,6 +262,27 @@ private slots:
         QCOMPARE(console.lines(), QStringList(QString()));
         QVERIFY(!fatalErrorOf([] { (void)userIdOfJwt(u"head.aGVsbG8.signature"_s); }).isNull());
         QVERIFY(!fatalErrorOf([] { (void)userIdOfJwt(u"head..signature"_s); }).isNull());
+    }
+
+    void numbersAreTheSame_data()
+    {
+        addRows<QString, std::optional<QString>, bool>({
+            {"as the device writes it", u"+91 98765-43210"_s, u"9876543210"_s, true},
+            {"as the backend writes it", u"98765 43210"_s, u"+919876543210"_s, true},
+            {"elsewhere in the text too", u"(9876)+91543210"_s, u"9876543210"_s, true},
+            {"without the plus", u"919876543210"_s, u"9876543210"_s, false},
+            {"in other digits", u"९876543210"_s, u"9876543210"_s, false},
+            {"missing", u"9876543210"_s, std::nullopt, false},
+            {"no number at all", u"+91 "_s, u"-"_s, false},
+        });
+    }
+    void numbersAreTheSame()
+    {
+        const auto [device, backend, same] = currentRow<QString, std::optional<QString>, bool>();
+        std::vector<Contact> contacts(3);
+        contacts[0].phoneNo = u"1"_s;
+        contacts[1].phoneNo = contacts[2].phoneNo = backend;
+        QCOMPARE(contactWithNumber(contacts, device), same ? &contacts[1] : nullptr);
     }
 };
 
