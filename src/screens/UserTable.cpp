@@ -66,8 +66,12 @@ QVariant UserTable::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> UserTable::roleNames() const
 {
-    return {{Name, "name"},           {PhoneNumber, "phoneNumber"},     {PhoneNumberHidden, "phoneNumberHidden"},
-            {Initials, "initials"},   {InitialsColor, "initialsColor"}, {CallImage, "callImage"},
+    return {{Name, "name"},
+            {PhoneNumber, "phoneNumber"},
+            {PhoneNumberHidden, "phoneNumberHidden"},
+            {Initials, "initials"},
+            {InitialsColor, "initialsColor"},
+            {CallImage, "callImage"},
             {VoiceImage, "voiceImage"}};
 }
 
