@@ -26,10 +26,11 @@ QString fullName(const std::optional<QString> &name, const std::optional<QString
 
 } // namespace
 
-BackendTour::BackendTour(VLApiManager &api, const Options &options, End end)
+BackendTour::BackendTour(VLApiManager &api, const examples::SandboxProcess *sandbox, const Options &options, End end)
     : m_api(api)
     , m_options(options)
     , m_end(std::move(end))
+    , m_listener(sandbox ? std::make_unique<Listener>(*sandbox) : nullptr)
 {
 }
 
@@ -110,16 +111,24 @@ void BackendTour::openConversation()
                 table.addRow({member.id, fullName(member.name, member.lname)});
             print(table.text());
             if (m_options.text.isEmpty())
-                showMessages();
-            else
+                return showMessages();
+            if (!m_listener)
+                return send();
+            m_listener->start(m_options.partner, [this](const std::optional<QString> &problem) {
+                if (problem)
+                    print(*problem + u'\n');
+                m_isHeard = !problem;
                 send();
+            });
         }));
 }
 
 void BackendTour::send()
 {
-    m_api.sendChatMessage(m_threadId, m_options.text, {},
-                          then<VLChatMessage>([this](const VLChatMessage &) { showMessages(); }));
+    m_api.sendChatMessage(m_threadId, m_options.text, {}, then<VLChatMessage>([this](const VLChatMessage &sent) {
+                              m_sentId = sent.id;
+                              showMessages();
+                          }));
 }
 
 void BackendTour::showMessages()
@@ -131,6 +140,9 @@ void BackendTour::showMessages()
                                                 fullName(message.creatorsName, message.creatorsLName),
                                                 message.messageText});
                               print(table.text());
-                              m_end(std::nullopt);
+                              if (m_isHeard)
+                                  m_listener->report(m_sentId, m_end);
+                              else
+                                  m_end(std::nullopt);
                           }));
 }

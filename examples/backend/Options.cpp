@@ -52,7 +52,9 @@ tl::expected<Options, QString> parseOptions(const QStringList &arguments)
          "(default without --env: the stand-in's own)."_s,
          u"FILE"_s},
         {u"with"_s, u"The other person of the conversation, by user id (default: the first contact)."_s, u"USERID"_s},
-        {u"send"_s, u"Sends a message in that conversation first."_s, u"TEXT"_s},
+        {u"send"_s,
+         u"Sends a message in that conversation first; the stand-in also shows what the other person hears of it."_s,
+         u"TEXT"_s},
         {u"sandbox"_s, u"The confera-sandbox program (default: the one of this build)."_s, u"PROGRAM"_s},
     });
     if (const auto parsed = examples::parse(parser, arguments); !parsed)

@@ -42,7 +42,7 @@ int main(int argc, char **argv)
         api.networkClient->serverEnvironment = *options->environment;
     }
     int result = EXIT_SUCCESS;
-    BackendTour tour(api, *options, [&](const std::optional<QString> &problem) {
+    BackendTour tour(api, sandbox.get(), *options, [&](const std::optional<QString> &problem) {
         if (problem)
             result = complain(*problem);
         QCoreApplication::quit();

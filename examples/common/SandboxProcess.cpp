@@ -64,13 +64,37 @@ void SandboxProcess::delayNextTranslation(std::chrono::milliseconds delay) const
             QJsonArray{QJsonObject{
                 {"path", "/translate"}, {"kind", "latency"}, {"ms", static_cast<qint64>(delay.count())}, {"times", 1}}})
             .toJson(QJsonDocument::Compact);
-    QTcpSocket control;
-    control.setProxy(QNetworkProxy::NoProxy);
-    control.connectToHost(u"127.0.0.1"_s, m_controlPort);
-    control.write("POST /faults HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\nContent-Type: application/json\r\n"
-                  "Content-Length: " +
-                  QByteArray::number(faults.size()) + "\r\n\r\n" + faults);
-    control.waitForDisconnected(5000); // the answer has come, or a picture will show no wait
+    control("POST /faults", faults); // without an answer, a picture will show no wait
+}
+
+std::vector<SandboxProcess::Socket> SandboxProcess::sockets() const
+{
+    const auto sum = [](const QJsonValue &counts) {
+        qint64 all = 0;
+        for (const auto count : counts.toObject())
+            all += count.toInteger();
+        return all;
+    };
+    std::vector<Socket> found;
+    for (const auto one : QJsonDocument::fromJson(control("GET /sessions")).array())
+        found.push_back({one["userId"_L1].toString(), sum(one["pushed"_L1]), sum(one["acknowledged"_L1]),
+                         one["problems"_L1].toInteger()});
+    return found;
+}
+
+QByteArray SandboxProcess::control(const QByteArray &requestLine, const QByteArray &body) const
+{
+    QTcpSocket socket;
+    socket.setProxy(QNetworkProxy::NoProxy);
+    socket.connectToHost(u"127.0.0.1"_s, m_controlPort);
+    socket.write(requestLine +
+                 " HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\nContent-Type: application/json\r\n"
+                 "Content-Length: " +
+                 QByteArray::number(body.size()) + "\r\n\r\n" + body);
+    socket.waitForDisconnected(5000);
+    const QByteArray answer = socket.readAll();
+    const auto end = answer.indexOf("\r\n\r\n");
+    return end < 0 ? QByteArray() : answer.mid(end + 4);
 }
 
 tl::expected<void, QString> SandboxProcess::readStartUpLine()

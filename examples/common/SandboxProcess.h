@@ -8,6 +8,7 @@
 #include <chrono>
 #include <memory>
 #include <tl/expected.hpp>
+#include <vector>
 
 namespace examples {
 
@@ -29,11 +30,23 @@ public:
     /// Keys and region that a sandbox started without any accepts.
     static vynlex::VLTranslationConfig configuration();
 
+    /// One of the backend's open sockets, seen from there.
+    struct Socket {
+        QString userId; ///< empty: nobody has logged in
+        qint64 pushed = 0;
+        qint64 acknowledged = 0;
+        qint64 problems = 0; ///< the client's mistakes
+    };
+    /// None when the sandbox does not answer.
+    [[nodiscard]] std::vector<Socket> sockets() const;
+
     /// Makes the next translation take that long, so that a picture can be taken of the wait.
     void delayNextTranslation(std::chrono::milliseconds delay) const;
 
 private:
     SandboxProcess() = default;
+    /// The answer's body, empty when there is none; waits 5 s at most.
+    QByteArray control(const QByteArray &requestLine, const QByteArray &body = {}) const;
     tl::expected<void, QString> readStartUpLine();
 
     QProcess m_process;
