@@ -52,6 +52,12 @@ void TextToSpeachViewModel::speakText(std::uint64_t call, const QString &text, b
         return;
     }
     const std::shared_ptr<SpeechSynthesizer> &synthesizer = *made;
+    const auto isStopped = [call](const Speaking &speaking) { return call <= speaking.stoppedCall; };
+    synthesizer->synthesisStarted = [this, isStopped, &speaker = *synthesizer] {
+        // A stop that came while the loudspeaker was being opened has found nothing that speaks.
+        if (m_speaking.with(isStopped))
+            stop(speaker);
+    };
     synthesizer->synthesisCompleted = [onCompleted](const SpeechSynthesisResult &) {
         consoleLine(u"completedSynthesizer"_s);
         onCompleted();
@@ -62,7 +68,7 @@ void TextToSpeachViewModel::speakText(std::uint64_t call, const QString &text, b
             speaking.synthesizer.swap(previous);
             speaking.synthesizerCall = call;
         }
-        return call <= speaking.stoppedCall;
+        return isStopped(speaking);
     });
     previous.reset();
 
@@ -79,15 +85,17 @@ void TextToSpeachViewModel::speakText(std::uint64_t call, const QString &text, b
 void TextToSpeachViewModel::stopSpeaking()
 {
     const auto synthesizer = m_speaking.with([](Speaking &speaking) {
-        if (speaking.synthesizerCall == speaking.lastCall)
-            return speaking.synthesizer;
         speaking.stoppedCall = speaking.lastCall;
-        return std::shared_ptr<SpeechSynthesizer>();
+        return speaking.synthesizerCall == speaking.lastCall ? speaking.synthesizer : nullptr;
     });
-    if (!synthesizer)
-        return;
+    if (synthesizer)
+        stop(*synthesizer);
+}
+
+void TextToSpeachViewModel::stop(SpeechSynthesizer &synthesizer)
+{
     // The words are those of a failed creation, deliberately: one line stands for both.
-    if (const auto stopped = synthesizer->stopSpeaking(); !stopped)
+    if (const auto stopped = synthesizer.stopSpeaking(); !stopped)
         consoleLine("Error creating speech synthesizer: "_L1 + stopped.error());
 }
 

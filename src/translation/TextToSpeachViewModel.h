@@ -42,13 +42,15 @@ public:
     void stopSpeaking();
 
 private:
+    static void stop(SpeechSynthesizer &synthesizer);
+
     const QString m_sub;
     const QString m_region;
     const LanguageTranslation &m_languages;
 
     struct Speaking {
         std::uint64_t lastCall = 0;
-        std::uint64_t stoppedCall = 0; ///< Up to here, none that was not heard yet will be.
+        std::uint64_t stoppedCall = 0; ///< Up to here, none that does not sound yet will.
         std::shared_ptr<SpeechSynthesizer> synthesizer;
         std::uint64_t synthesizerCall = 0; ///< Whose it is. Behind the last while that prepares.
     };

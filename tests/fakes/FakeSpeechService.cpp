@@ -111,6 +111,8 @@ public:
             lists.utterances.push_back(utterance);
             return lists.completesAtOnce;
         });
+        if (const auto started = synthesisStarted)
+            started();
 
         if (const auto failure = takeFrom(service->speakFailure)) {
             if (utterance->claim())
@@ -199,6 +201,16 @@ tl::expected<std::shared_ptr<SpeechSynthesizer>, QString> FakeSpeechService::mak
 FakeRecognition FakeSpeechService::lastRecognition() const
 {
     return FakeRecognition(lastOf(m_state->lists.copy().recognitions));
+}
+
+QStringList FakeSpeechService::textsBeingSpoken() const
+{
+    QStringList texts;
+    for (const auto &utterance : m_state->lists.copy().utterances) {
+        if (FakeUtterance(utterance).isSpeaking())
+            texts << utterance->text;
+    }
+    return texts;
 }
 
 FakeUtterance FakeSpeechService::lastUtterance() const

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 #include <condition_variable>
 #include <memory>
@@ -137,6 +138,7 @@ public:
     [[nodiscard]] int recognitionCount() const { return static_cast<int>(m_state->lists.copy().recognitions.size()); }
     [[nodiscard]] int synthesizerCount() const { return m_state->lists.copy().synthesizers; }
     [[nodiscard]] int utteranceCount() const { return static_cast<int>(m_state->lists.copy().utterances.size()); }
+    [[nodiscard]] QStringList textsBeingSpoken() const; ///< Their `speakText` has not been released yet.
     /// Asking for one when there is none ends the test program.
     [[nodiscard]] FakeRecognition lastRecognition() const;
     [[nodiscard]] FakeUtterance lastUtterance() const;

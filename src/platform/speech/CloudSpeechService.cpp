@@ -91,6 +91,8 @@ public:
             std::erase_if(sessions, [](const auto &past) { return past.expired(); });
             sessions.push_back(session);
         });
+        if (const auto started = synthesisStarted)
+            started();
         return session->speak(text);
     }
 

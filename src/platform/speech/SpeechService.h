@@ -81,6 +81,8 @@ class SpeechSynthesizer {
 public:
     virtual ~SpeechSynthesizer() = default;
 
+    /// Runs on the thread that called `speakText`, as soon as a stop would reach the text. Set before speaking.
+    std::function<void()> synthesisStarted;
     /// Runs on the speech service's thread when a text has been heard to its end. Set before speaking.
     std::function<void(const SpeechSynthesisResult &)> synthesisCompleted;
 

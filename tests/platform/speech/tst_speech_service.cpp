@@ -342,6 +342,15 @@ private slots:
         QCOMPARE(result->cancellation.reason, CancellationReason::CancelledByUser);
     }
 
+    void aTextCanBeStoppedOnceItHasStarted()
+    {
+        const auto under = makeService();
+        const auto synthesizer = under->service().makeSynthesizer(config()).value();
+        synthesizer->synthesisStarted = [raw = synthesizer.get()] { raw->stopSpeaking(); };
+        const auto result = std::async(std::launch::async, [&] { return synthesizer->speakText("Hello."); }).get();
+        QCOMPARE(result.value().cancellation.reason, CancellationReason::CancelledByUser);
+    }
+
     void endsFromSeveralThreadsMeetInOneOutcome()
     {
         const auto under = makeService();
