@@ -1,10 +1,19 @@
 #pragma once
 
+#include <VynlexTranslationSDK/VLChatDeleagate.h>
+
 #include <QAbstractItemModel>
 #include <QList>
 #include <QUrl>
 
+#include <chrono>
+#include <cstdint>
+#include <memory>
+
 #include "api/DirectoryRecords.h"
+#include "api/VLApiRequestError.h"
+#include "platform/dispatch/Clock.h"
+#include "platform/dispatch/Lifetime.h"
 #include "platform/ui/ButtonState.h"
 #include "platform/ui/LabelState.h"
 #include "platform/ui/ViewController.h"
@@ -16,6 +25,8 @@ namespace vynlex {
 
 class ChatViewModel;
 class LanguageTranslation;
+class SpeachToTextViewModel;
+class TextToSpeachViewModel;
 class VLApiManager;
 
 /// What a stack of controls has behind it.
@@ -38,7 +49,14 @@ public:
 };
 
 /// The voice chat with one person.
-class ChatVC : public ViewController {
+///
+/// What the user says is recognised on this device and sent as text in the language it was said in; each message can be
+/// read aloud in a voice of its language. One thing is read at a time, a message or the recording that waits to be
+/// sent. Failures are silent: a message that could not be sent is lost, one that cannot be read ends at once.
+///
+/// Main thread. Leaving discards a recording and ends what is being read; once the screen is gone, nothing that the
+/// services still answer reaches anyone.
+class ChatVC : public ViewController, public VLChatDeleagate {
     Q_OBJECT
     QML_NAMED_ELEMENT(ChatController)
     QML_UNCREATABLE("Screens are made by the kit.")
@@ -69,11 +87,18 @@ public:
     enum class PanelState { Idle, Recording, Stopped };
     Q_ENUM(PanelState)
 
+    /// Of the preview.
+    static constexpr int waveImageCount = 20;
+    /// A recording of 0 whole seconds is stepped through like one of 1 s.
+    static constexpr std::chrono::milliseconds shortestWaveInterval = std::chrono::milliseconds(1000) / waveImageCount;
+
+    /// With the shared instances and the current platform.
+    ChatVC();
     /// All three must outlive the screen.
     ChatVC(ChatViewModel &viewModel, VLApiManager &apiManager, LanguageTranslation &languages);
     ~ChatVC() override;
 
-    User userModel; ///< The other person; set before the screen is shown.
+    User userModel; ///< The other person; set before the screen is presented.
 
     LabelState *const headerTitleLabel = new LabelState(this);
     LabelState *const durationLabel = new LabelState(this);
@@ -89,15 +114,26 @@ public:
     ViewState *const playButtonStackLeadingEmptyView = new ViewState(this);
     ViewState *const playButtonStackTrailingEmptyView = new ViewState(this);
 
+    // A press that the state of the screen leaves no button for (hidden, disabled, dimmed) does nothing.
     Q_INVOKABLE void backAction();
+    /// Begins a recording.
     Q_INVOKABLE void voiceChatAction();
     Q_INVOKABLE void messageChatAction();
     Q_INVOKABLE void microphoneClickedAction();
+    /// The first press stops the recording, the second sends it. What arrives from the recogniser in between still
+    /// counts; nothing recognised is nothing to send.
     Q_INVOKABLE void stopRecordingORsendMessageAction();
+    /// Discards a recording that has been stopped.
     Q_INVOKABLE void handleMicOrDeleteButtonAction();
+    /// Begins or ends the preview of a recording that has been stopped.
     Q_INVOKABLE void audioPlayButtonAction();
+    /// The play button of a message: begins or ends its reading.
     Q_INVOKABLE void didPressPlayButton(int row);
+    /// Ends the reading.
     Q_INVOKABLE void didSelectRow(int row);
+
+    /// Shows the messages as they are on a later turn of the main queue.
+    void refreshChatData() override;
 
     [[nodiscard]] StackLook playButtonBackStackLook() const { return m_playButtonBackStackLook; }
     [[nodiscard]] InitialsImage initialsImageView() const { return m_initialsImageView; }
@@ -117,11 +153,52 @@ protected:
     void viewDidLoad() override;
 
 private:
-    std::vector<VLChatMessage> m_noMessages;
-    ChatTable m_chatTableView{m_noMessages};
+    void startRecording();
+    void stopRecording();
+    void sendMessage();
+    void messageWasSent(const VLApiResult<VLChatMessage> &answer, std::uint64_t recording);
+    void resetRecordingPanel();
+    void setPreviewRowHidden(bool hidden);
+    void setPlayButtonBackStackLook(const StackLook &look);
+    void updateTimer();
+
+    void startPreview();
+    void endPreview();
+    void updateWaveImages();
+    void updatePlayDuration();
+    void showCompletedWaves(int count);
+
+    void playMessage(int row);
+    void endPlaying();
+    void reloadTable();
+
+    ChatViewModel &m_viewModel;
+    VLApiManager &m_apiManager;
+    LanguageTranslation &m_languages;
+    const std::shared_ptr<TextToSpeachViewModel> m_textToSpeachViewModel;
+    const std::shared_ptr<SpeachToTextViewModel> m_speechToTextViewModel;
+
+    std::uint64_t m_reading = 0; ///< What is being read, as the reader numbers it; 0 is nothing.
+
+    QString m_messageToSend;        ///< A blank before each piece, deliberately: it travels with the text.
+    std::uint64_t m_recording = 0;  ///< The number of the recording that the panel is about.
+    bool m_isSendMesssage = false;  ///< It is on its way; the spelling is the kit's own.
+    std::unique_ptr<Timer> m_timer; ///< Of the recording's clock.
+    int m_seconds = 0;
+
+    std::unique_ptr<Timer> m_playAudioTimer;  ///< Of the wave images.
+    std::unique_ptr<Timer> m_playAudioTimer2; ///< Of the preview's clock.
+    std::chrono::milliseconds m_waveInterval{};
+    std::chrono::milliseconds m_elapsedTime{};
+    int m_playDurationSeconds = 0;
+
+    ChatTable m_chatTableView;
     StackLook m_playButtonBackStackLook;
     InitialsImage m_initialsImageView;
     QList<QUrl> m_audioWaveStackView;
+
+    const std::shared_ptr<VLChatDeleagate> m_asDelegate; ///< This screen, for who may only know it weakly.
+    Lifetime m_lifetime;
 };
 
 } // namespace vynlex
