@@ -19,7 +19,7 @@ std::shared_ptr<Reachability> reachabilityOf(const Notification &note)
     return reachability;
 }
 
-struct NetworkReachabilityHandler::Core : std::enable_shared_from_this<Core> {
+struct Q_DECL_HIDDEN NetworkReachabilityHandler::Core : std::enable_shared_from_this<Core> {
     std::shared_ptr<Reachability> reachability;
     std::map<QUuid, NetworkReachabilityHandlerDelegate *> delegates;
     NotificationCenter::Registration registration;
