@@ -31,6 +31,7 @@ void ChatViewModel::openPrivateThread(const QString &userId)
                                    if (!answer || receivedID != userId)
                                        return;
                                    threadID = answer->id;
+                                   m_threadWith = userId;
                                    fetchMessages();
                                }));
 }

@@ -47,11 +47,15 @@ public:
     QString threadID;
     QString receivedID; ///< The other person's user id.
 
+    /// Whether `threadID` is the thread with `receivedID` already, not the one of the chat before.
+    [[nodiscard]] bool isThreadKnown() const { return !threadID.isEmpty() && m_threadWith == receivedID; }
+
 private:
     void append(VLChatMessage message);
     void refresh();
 
     VLApiManager &m_api;
+    QString m_threadWith; ///< Whom `threadID` is the thread with.
     Lifetime m_lifetime;
 };
 

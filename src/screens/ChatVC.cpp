@@ -93,9 +93,6 @@ void ChatVC::viewDidLoad()
     m_chatTableView.setOtherPerson(userModel.name);
 
     m_viewModel.delegate = m_asDelegate;
-    // The model still has the thread of the chat before, and what is said here must never go there.
-    if (m_viewModel.receivedID != userModel.id)
-        m_viewModel.threadID.clear();
     m_viewModel.openPrivateThread(userModel.id);
     reloadTable();
 }
@@ -185,8 +182,9 @@ void ChatVC::stopRecording()
 
 void ChatVC::sendMessage()
 {
-    // Until the thread is known the recording waits. A second press would send the same once more.
-    if (m_messageToSend.isEmpty() || m_viewModel.threadID.isEmpty() || m_isSendMesssage)
+    // Until the thread is known the recording waits: the model still has that of the chat before, where nothing that is
+    // said here must go. A second press would send the same once more.
+    if (m_messageToSend.isEmpty() || !m_viewModel.isThreadKnown() || m_isSendMesssage)
         return;
     m_isSendMesssage = true;
     stopORSendButton->setEnabled(false);
