@@ -150,7 +150,8 @@ void SpeachToTextViewModel::stop()
 {
     m_audioEngine->stop();
     m_audioEngine->removeTap();
-    m_pushStream->close();
+    // Behind what the microphone has heard and nobody has converted yet.
+    m_conversionQueue.async([stream = *m_pushStream]() mutable { stream.close(); });
 }
 
 } // namespace vynlex

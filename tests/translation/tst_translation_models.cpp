@@ -1,3 +1,4 @@
+#include <QSemaphore>
 #include <QTest>
 
 #include <atomic>
@@ -6,6 +7,7 @@
 
 #include "api/VLApiManager.h"
 #include "language/LanguageTranslation.h"
+#include "platform/dispatch/GlobalQueue.h"
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/Patience.h"
 #include "tests/fakes/Rows.h"
@@ -64,6 +66,29 @@ private slots:
         TRY_VERIFY(recognition().isInputClosed());
         QVERIFY(!capture().isRunning());
         QVERIFY(!capture().hasTap());
+    }
+
+    void whatWasHeardBeforeAStopIsRecognised()
+    {
+        start(true);
+        TRY_VERIFY(listens());
+        // Nobody comes to convert anything for a while.
+        const auto blocked = std::make_shared<QSemaphore>();
+        const auto gate = std::make_shared<QSemaphore>();
+        for (int i = 0; i < GlobalQueue::maximumThreads; ++i) {
+            GlobalQueue::async([blocked, gate] {
+                blocked->release();
+                gate->acquire();
+            });
+        }
+        blocked->acquire(GlobalQueue::maximumThreads);
+        constexpr int buffers = 100;
+        for (int i = 0; i < buffers; ++i)
+            QVERIFY(capture().hearSilence());
+        m_model->stopSpeechRecognition();
+        gate->release(GlobalQueue::maximumThreads);
+        TRY_VERIFY(recognition().isInputClosed());
+        QCOMPARE(recognition().audio().size(), buffers * 682 * 2);
     }
 
     void theSideChoosesTheLanguageAndTheKeyIsThatOfTheBeginning()
