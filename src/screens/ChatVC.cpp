@@ -1,6 +1,7 @@
 #include "screens/ChatVC.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "api/VLApiManager.h"
 #include "chat/ChatViewModel.h"
@@ -328,11 +329,14 @@ void ChatVC::showCompletedWaves(int count)
 
 void ChatVC::refreshChatData()
 {
+    if (std::exchange(m_reloadIsDue, true))
+        return;
     MainQueue::async(m_lifetime.guard([this] { reloadTable(); }));
 }
 
 void ChatVC::reloadTable()
 {
+    m_reloadIsDue = false;
     if (m_chatTableView.reload() == ChatTable::Rows::Replaced)
         endPlaying(); // What is being read has no row any more.
 }

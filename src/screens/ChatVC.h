@@ -193,6 +193,7 @@ private:
     int m_playDurationSeconds = 0;
 
     ChatTable m_chatTableView;
+    bool m_reloadIsDue = false; ///< However many messages come in one turn.
     StackLook m_playButtonBackStackLook;
     InitialsImage m_initialsImageView;
     QList<QUrl> m_audioWaveStackView;
