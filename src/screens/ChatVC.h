@@ -140,6 +140,8 @@ public:
     [[nodiscard]] QAbstractItemModel *chatTableView() { return &m_chatTableView; }
     [[nodiscard]] QList<QUrl> audioWaveStackView() const { return m_audioWaveStackView; }
     [[nodiscard]] PanelState panelState() const;
+    /// What has been recognised of the recording, a blank before each piece.
+    [[nodiscard]] const QString &messageToSend() const { return m_messageToSend; }
 
     [[nodiscard]] QUrl viewSource() const override;
 
