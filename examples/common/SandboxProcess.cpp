@@ -19,26 +19,36 @@ namespace {
 
 constexpr int startUpLimitMs = 30'000; // the first start makes the certificate authority and loads all models
 
-void trust(const QList<QSslCertificate> &authority)
+} // namespace
+
+tl::expected<void, QString> useSandbox(const SandboxAddress &address)
 {
+    const QList<QSslCertificate> authority = QSslCertificate::fromPath(address.authorityFile);
+    if (authority.isEmpty() || address.proxyPort == 0)
+        return tl::unexpected(u"No sandbox can be reached by proxy port %1 and authority \"%2\"."_s.arg(
+            QString::number(address.proxyPort), address.authorityFile));
     QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
     configuration.addCaCertificates(authority);
     QSslConfiguration::setDefaultConfiguration(configuration);
+    QNetworkProxy::setApplicationProxy(QNetworkProxy(QNetworkProxy::HttpProxy, u"127.0.0.1"_s, address.proxyPort));
+    return {};
 }
-
-} // namespace
 
 QString SandboxProcess::defaultProgram()
 {
     return QDir(QCoreApplication::applicationDirPath()).filePath(u"../../sandbox/confera-sandbox"_s);
 }
 
-tl::expected<std::unique_ptr<SandboxProcess>, QString> SandboxProcess::start(const QString &program)
+tl::expected<std::unique_ptr<SandboxProcess>, QString> SandboxProcess::start(const QString &program,
+                                                                             const QString &dataFolder)
 {
+    QStringList arguments{u"--stop-with-parent"_s}; // its standard input ends when this process does
+    if (!dataFolder.isEmpty())
+        arguments << u"--data"_s << dataFolder;
     std::unique_ptr<SandboxProcess> sandbox(new SandboxProcess);
     QProcess &process = sandbox->m_process;
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process.start(program, {u"--stop-with-parent"_s}); // its standard input ends when this process does
+    process.start(program, arguments);
     if (!process.waitForStarted())
         return tl::unexpected(u"The sandbox does not start (%1: %2)."_s.arg(program, process.errorString()));
     return sandbox->readStartUpLine().map([&] { return std::move(sandbox); });
@@ -105,17 +115,9 @@ tl::expected<void, QString> SandboxProcess::readStartUpLine()
             return tl::unexpected(u"The sandbox ended or gave no sign of life at its start."_s);
     }
     const QJsonObject line = QJsonDocument::fromJson(m_process.readLine()).object();
-    const QString authorityFile = line["ca"_L1].toString();
-    const QList<QSslCertificate> authority = QSslCertificate::fromPath(authorityFile);
     m_controlPort = static_cast<quint16>(line["control"_L1].toInt());
-    const int proxyPort = line["proxy"_L1].toInt();
-    if (authority.isEmpty() || proxyPort == 0)
-        return tl::unexpected(u"The sandbox's start-up line cannot be used."_s);
-
-    trust(authority);
-    QNetworkProxy::setApplicationProxy(
-        QNetworkProxy(QNetworkProxy::HttpProxy, u"127.0.0.1"_s, static_cast<quint16>(proxyPort)));
-    return {};
+    m_address = {static_cast<quint16>(line["proxy"_L1].toInt()), line["ca"_L1].toString()};
+    return useSandbox(m_address);
 }
 
 } // namespace examples

@@ -12,7 +12,17 @@
 
 namespace examples {
 
-/// A running confera-sandbox that the application's proxy and trust settings lead to.
+/// How a process reaches a running sandbox.
+struct SandboxAddress {
+    quint16 proxyPort = 0;
+    QString authorityFile; ///< The certificate authority, PEM.
+};
+
+/// Sets the application proxy and adds the sandbox's certificate authority to the default TLS configuration, so that
+/// the kit's production addresses lead to the sandbox. An error is one clear line. Main thread.
+tl::expected<void, QString> useSandbox(const SandboxAddress &address);
+
+/// A running confera-sandbox.
 ///
 /// Main thread. The sandbox ends with this object, and by itself when the process dies.
 class SandboxProcess {
@@ -20,9 +30,10 @@ public:
     /// The program of this build.
     static QString defaultProgram();
 
-    /// Starts the program, waits for its start-up line (30 s at most), sets the application proxy and adds the
-    /// sandbox's certificate authority to the default TLS configuration. An error is one clear line.
-    static tl::expected<std::unique_ptr<SandboxProcess>, QString> start(const QString &program);
+    /// Starts the program, waits for its start-up line (30 s at most), and has this process use it. It keeps its data
+    /// in `dataFolder`; unless one is given, in the user's own, from one start to the next. An error is one clear line.
+    static tl::expected<std::unique_ptr<SandboxProcess>, QString> start(const QString &program,
+                                                                        const QString &dataFolder = {});
     ~SandboxProcess();
     SandboxProcess(const SandboxProcess &) = delete;
     SandboxProcess &operator=(const SandboxProcess &) = delete;
@@ -40,6 +51,9 @@ public:
     /// None when the sandbox does not answer.
     [[nodiscard]] std::vector<Socket> sockets() const;
 
+    /// For other processes.
+    [[nodiscard]] const SandboxAddress &address() const { return m_address; }
+
     /// Makes the next translation take that long, so that a picture can be taken of the wait.
     void delayNextTranslation(std::chrono::milliseconds delay) const;
 
@@ -50,6 +64,7 @@ private:
     tl::expected<void, QString> readStartUpLine();
 
     QProcess m_process;
+    SandboxAddress m_address;
     quint16 m_controlPort = 0;
 };
 

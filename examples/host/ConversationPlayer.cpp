@@ -1,10 +1,9 @@
 #include "ConversationPlayer.h"
 
-#include <QDir>
-
 #include <algorithm>
 
 #include "HostPage.h"
+#include "Waiting.h"
 #include "conversation/LanguageSelectionView.h"
 #include "language/LanguageTranslation.h"
 
@@ -14,8 +13,6 @@ using namespace vynlex;
 
 namespace host {
 namespace {
-
-constexpr auto serviceLimit = 30s; // a service that has not answered by then does not answer
 
 using SideState = ConversationTranslateVC::SideState;
 
@@ -66,28 +63,16 @@ struct ConversationPlayer::Half {
     }
 };
 
-ConversationPlayer::ConversationPlayer(Stage &stage, Room &room, QString folder)
+ConversationPlayer::ConversationPlayer(Stage &stage, Room &room, const QString &folder)
     : m_stage(stage)
     , m_room(room)
-    , m_folder(std::move(folder))
+    , m_album(stage, folder)
 {
 }
 
 ConversationPlayer::Half ConversationPlayer::half(Side side) const
 {
     return {*m_screen, side};
-}
-
-QString ConversationPlayer::path(const QString &name) const
-{
-    return QDir(m_folder).filePath(name);
-}
-
-tl::expected<void, QString> ConversationPlayer::picture(const QString &name)
-{
-    if (!m_stage.takePicture(path(name)))
-        return failure(u"The picture %1 cannot be written."_s.arg(path(name)));
-    return {};
 }
 
 void ConversationPlayer::openScreen()
@@ -115,7 +100,7 @@ tl::expected<void, QString> ConversationPlayer::chooseLanguage(Side side, Langua
     const auto row = std::ranges::find(picker->languageOptions, language) - picker->languageOptions.begin();
     picker->didSelectRow(static_cast<int>(row));
     picker->didPressCloseButtonAction();
-    if (!Stage::waitUntil([&] { return !m_screen->languageSelectionView(); }, 5s))
+    if (!waitUntil([&] { return !m_screen->languageSelectionView(); }, 5s))
         return failure(u"The language picker does not close."_s);
     return {};
 }
@@ -136,7 +121,7 @@ tl::expected<TurnRecord, QString> ConversationPlayer::playTurn(Side side, const 
     if (const auto said = m_room.say(wavFile); !said)
         return failure(said.error());
     own.pressMicrophone();
-    const bool recognised = Stage::waitUntil([&] { return !own.microphone().isSelected(); }, serviceLimit);
+    const bool recognised = waitUntil([&] { return !own.microphone().isSelected(); }, serviceLimit);
     const auto recognisedAt = std::chrono::steady_clock::now();
     if (!recognised) {
         own.pressMicrophone();
@@ -145,7 +130,7 @@ tl::expected<TurnRecord, QString> ConversationPlayer::playTurn(Side side, const 
     if (!own.showsText())
         return failure(u"%1 (%2): nothing was recognised in %3."_s.arg(name, turn.from, wavFile));
     turn.recognised = own.text();
-    if (!Stage::waitUntil([&] { return other.showsText(); }, serviceLimit))
+    if (!waitUntil([&] { return other.showsText(); }, serviceLimit))
         return failure(u"%1 (%2 to %3): \"%4\" was not translated."_s.arg(name, turn.from, turn.to, turn.recognised));
     turn.translated = other.text();
     const auto translatedAt = std::chrono::steady_clock::now();
@@ -155,13 +140,13 @@ tl::expected<TurnRecord, QString> ConversationPlayer::playTurn(Side side, const 
     turn.recognisedMs = std::chrono::duration_cast<std::chrono::milliseconds>(recognisedAt - speechEnded).count();
     turn.translatedMs = std::chrono::duration_cast<std::chrono::milliseconds>(translatedAt - speechEnded).count();
 
-    m_stage.settle();
-    if (const auto taken = picture(turn.screenshot); !taken)
+    m_album.settleAndTake(name);
+    if (const auto taken = m_album.taken(); !taken)
         return failure(taken.error());
 
-    m_room.record(path(turn.spoken));
+    m_room.record(m_album.path(turn.spoken));
     other.pressReadAloud();
-    if (!Stage::waitUntil([&] { return !other.readAloud().isSelected(); }, serviceLimit)) {
+    if (!waitUntil([&] { return !other.readAloud().isSelected(); }, serviceLimit)) {
         other.pressReadAloud();
         return failure(u"%1 (%2): \"%3\" was not read aloud."_s.arg(name, turn.to, turn.translated));
     }
@@ -172,15 +157,8 @@ tl::expected<TurnRecord, QString> ConversationPlayer::playTurn(Side side, const 
 tl::expected<void, QString> ConversationPlayer::takePicturesOfEveryState(const QString &wavFile,
                                                                          const std::function<void()> &holdTranslation)
 {
-    QString problem;
-    const auto take = [&](const QString &name) {
-        if (const auto taken = picture(u"state-%1.png"_s.arg(name)); !taken && problem.isEmpty())
-            problem = taken.error();
-    };
-    const auto settleAndTake = [&](const QString &name) {
-        m_stage.settle();
-        take(name);
-    };
+    const auto take = [&](const QString &name) { m_album.take(u"state-"_s + name); };
+    const auto settleAndTake = [&](const QString &name) { m_album.settleAndTake(u"state-"_s + name); };
     const Half speaker = half(Side::Speaker);
     const Half listener = half(Side::Listener);
 
@@ -192,11 +170,11 @@ tl::expected<void, QString> ConversationPlayer::takePicturesOfEveryState(const Q
     speaker.tapLanguage();
     settleAndTake(u"picker-speaker"_s);
     m_screen->languageSelectionView()->didPressCloseButtonAction();
-    Stage::waitUntil([&] { return !m_screen->languageSelectionView(); }, 5s);
+    waitUntil([&] { return !m_screen->languageSelectionView(); }, 5s);
     listener.tapLanguage();
     settleAndTake(u"picker-listener"_s);
     m_screen->languageSelectionView()->didPressCloseButtonAction();
-    Stage::waitUntil([&] { return !m_screen->languageSelectionView(); }, 5s);
+    waitUntil([&] { return !m_screen->languageSelectionView(); }, 5s);
     listener.pressReadAloud();
     settleAndTake(u"alert"_s);
     m_screen->dismiss(Animated::Yes);
@@ -215,29 +193,29 @@ tl::expected<void, QString> ConversationPlayer::takePicturesOfEveryState(const Q
         holdTranslation();
     if (const auto said = m_room.say(wavFile); !said)
         return failure(said.error());
-    if (Stage::waitUntil([&] { return speaker.state() == SideState::Busy; }, serviceLimit)) {
-        Stage::waitUntil([] { return false; }, 200ms); // the look has changed by then
+    if (waitUntil([&] { return speaker.state() == SideState::Busy; }, serviceLimit)) {
+        letPass(200ms); // the look has changed by then
         take(u"translating"_s);
     }
-    if (!Stage::waitUntil([&] { return listener.showsText(); }, serviceLimit))
+    if (!waitUntil([&] { return listener.showsText(); }, serviceLimit))
         return failure(u"Nothing was recognised or translated while the pictures were taken."_s);
     settleAndTake(u"translated"_s);
     m_room.setPlayback(Room::Speed::RealTime); // there is to be a moment for the picture
     for (const Half &side : {listener, speaker}) {
-        m_room.record(path(u"state-speaking.wav"_s));
+        m_room.record(m_album.path(u"state-speaking.wav"_s));
         side.pressReadAloud();
-        if (Stage::waitUntil([&] { return side.state() == SideState::Speaking; }, 5s)) {
-            Stage::waitUntil([] { return false; }, 150ms);
+        if (waitUntil([&] { return side.state() == SideState::Speaking; }, 5s)) {
+            letPass(150ms);
             take(u"speaking-"_s + (side.isSpeaker() ? u"speaker"_s : u"listener"_s));
         }
-        Stage::waitUntil([&] { return !side.readAloud().isSelected(); }, serviceLimit);
+        waitUntil([&] { return !side.readAloud().isSelected(); }, serviceLimit);
     }
     m_room.setPlayback(m_room.speed());
     m_screen->didPressConversionButtonAction();
     settleAndTake(u"swapped"_s);
     m_screen->didPressConversionButtonAction();
     m_stage.settle();
-    return problem.isEmpty() ? tl::expected<void, QString>() : failure(problem);
+    return m_album.taken().map([](const auto &) {});
 }
 
 } // namespace host

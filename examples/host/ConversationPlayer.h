@@ -5,6 +5,7 @@
 #include <memory>
 #include <tl/expected.hpp>
 
+#include "Album.h"
 #include "Room.h"
 #include "Stage.h"
 #include "Transcript.h"
@@ -19,7 +20,7 @@ namespace host {
 class ConversationPlayer {
 public:
     /// Pictures and sound go into `folder`.
-    ConversationPlayer(Stage &stage, Room &room, QString folder);
+    ConversationPlayer(Stage &stage, Room &room, const QString &folder);
 
     /// Opens the conversation screen over the host's page, and closes it again.
     void openScreen();
@@ -39,12 +40,10 @@ public:
 private:
     struct Half;
     [[nodiscard]] Half half(vynlex::Side side) const;
-    [[nodiscard]] tl::expected<void, QString> picture(const QString &name);
-    [[nodiscard]] QString path(const QString &name) const;
 
     Stage &m_stage;
     Room &m_room;
-    const QString m_folder;
+    Album m_album;
     std::shared_ptr<vynlex::ConversationTranslateVC> m_screen;
 };
 

@@ -136,11 +136,7 @@ private:
     /// The recording of a sentence in the language of a side.
     tl::expected<QString, QString> recordingOf(const std::string &phraseId, Side side)
     {
-        std::optional<tl::expected<QString, QString>> outcome;
-        m_actor.record(phraseId, LanguageTranslation::shared().language(side),
-                       [&](const tl::expected<QString, QString> &recorded) { outcome = recorded; });
-        Stage::waitUntil([&] { return outcome.has_value(); }, std::chrono::minutes(5)); // the service client has limits
-        return *outcome;
+        return m_actor.recording(phraseId, LanguageTranslation::shared().language(side));
     }
 
     static void say(const QString &line) { QTextStream(stderr) << line << Qt::endl; }

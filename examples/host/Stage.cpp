@@ -1,10 +1,10 @@
 #include "Stage.h"
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
-#include <QEventLoop>
-#include <QTimer>
+#include <QImage>
 
+#include "Waiting.h"
+
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace host {
@@ -25,29 +25,18 @@ Stage::~Stage()
     m_screenHost.reset(); // views go before the window that they are in, and before their controllers
 }
 
-bool Stage::waitUntil(const std::function<bool()> &condition, std::chrono::milliseconds limit)
-{
-    const QDeadlineTimer deadline(limit);
-    QTimer tick; // wakes the loop for conditions that no event announces
-    tick.start(10);
-    while (!condition()) {
-        if (deadline.hasExpired())
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return true;
-}
-
 void Stage::settle()
 {
     waitUntil([&] { return !m_screenHost->isMoving(); }, 3s);
-    waitUntil([] { return false; }, 600ms); // the picker's spring takes 500 ms
+    letPass(600ms); // the picker's spring takes 500 ms
 }
 
-bool Stage::takePicture(const QString &file)
+tl::expected<void, QString> Stage::takePicture(const QString &file)
 {
     const QImage image = m_window->grabWindow();
-    return !image.isNull() && image.save(file);
+    if (image.isNull() || !image.save(file))
+        return tl::unexpected(u"The picture %1 cannot be written."_s.arg(file));
+    return {};
 }
 
 } // namespace host

@@ -1,13 +1,11 @@
 #pragma once
 
-#include <QImage>
 #include <QQmlEngine>
 #include <QQuickWindow>
 #include <QString>
 
-#include <chrono>
-#include <functional>
 #include <memory>
+#include <tl/expected.hpp>
 
 #include "HostPage.h"
 #include "platform/ui/ScreenHost.h"
@@ -30,14 +28,11 @@ public:
     /// The part of the window that is the phone; the window may be larger.
     [[nodiscard]] QQuickItem &phone() { return *m_screenHost; }
 
-    /// Runs the event loop until `condition` holds, or `limit` has passed; says which.
-    static bool waitUntil(const std::function<bool()> &condition, std::chrono::milliseconds limit);
-
     /// Waits until no screen moves any more, and a little longer for what moves inside of one.
     void settle();
 
-    /// Draws the screen and writes it to `file` (PNG, device pixels).
-    [[nodiscard]] bool takePicture(const QString &file);
+    /// Draws the screen and writes it to `file` (PNG, device pixels). An error is one clear line.
+    [[nodiscard]] tl::expected<void, QString> takePicture(const QString &file);
 
 private:
     QQmlEngine m_engine;

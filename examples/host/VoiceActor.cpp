@@ -3,7 +3,10 @@
 #include <QDir>
 
 #include <algorithm>
+#include <memory>
+#include <optional>
 
+#include "Waiting.h"
 #include "api/VLApiManager.h"
 #include "platform/device/Platform.h"
 #include "platform/dispatch/GlobalQueue.h"
@@ -41,6 +44,18 @@ QString VoiceActor::sentence(const sandbox::Phrase &phrase, LanguageOption langu
     return QString::fromStdString(phrase.text.at(languageEntry(language).translatorCode.toStdString()));
 }
 
+QString VoiceActor::sentence(const std::string &phraseId, LanguageOption language) const
+{
+    const sandbox::Phrase *const found = phrase(phraseId);
+    return found ? sentence(*found, language) : QString();
+}
+
+const sandbox::Phrase *VoiceActor::phrase(const std::string &phraseId) const
+{
+    const auto found = std::ranges::find(m_book.phrases(), phraseId, &sandbox::Phrase::id);
+    return found == m_book.phrases().end() ? nullptr : &*found;
+}
+
 void VoiceActor::record(const std::string &phraseId, LanguageOption language, Recorded recorded)
 {
     const LanguageEntry &entry = languageEntry(language);
@@ -53,9 +68,7 @@ void VoiceActor::record(const std::string &phraseId, LanguageOption language, Re
         MainQueue::async([recorded, file] { recorded(file); });
         return;
     }
-    const auto phrase =
-        std::ranges::find(m_book.phrases(), phraseId, [](const sandbox::Phrase &known) { return known.id; });
-    if (phrase == m_book.phrases().end())
+    if (!phrase(phraseId))
         return fail(u"The phrasebook has no sentence %1."_s.arg(QString::fromStdString(phraseId)));
     const auto &keys = VLApiManager::shared().translatedConfig;
     auto config = SpeechConfig::fromSubscription(keys->speechKey(), keys->speechRegion());
@@ -64,7 +77,7 @@ void VoiceActor::record(const std::string &phraseId, LanguageOption language, Re
     config->setSpeechSynthesisVoiceName(entry.synthesisVoice);
 
     m_room.record(file);
-    GlobalQueue::async([this, config = *config, text = sentence(*phrase, language), file, recorded] {
+    GlobalQueue::async([this, config = *config, text = sentence(phraseId, language), file, recorded] {
         const QString problem = speak(config, text);
         MainQueue::async([this, text, file, recorded, problem] {
             if (!problem.isEmpty())
@@ -73,6 +86,15 @@ void VoiceActor::record(const std::string &phraseId, LanguageOption language, Re
             recorded(file);
         });
     });
+}
+
+tl::expected<QString, QString> VoiceActor::recording(const std::string &phraseId, LanguageOption language)
+{
+    const auto outcome = std::make_shared<std::optional<tl::expected<QString, QString>>>();
+    record(phraseId, language, [outcome](const tl::expected<QString, QString> &recorded) { *outcome = recorded; });
+    if (!waitUntil([&] { return outcome->has_value(); }, std::chrono::minutes(5))) // the service client has limits
+        return tl::unexpected(u"\"%1\" could not be recorded in time."_s.arg(sentence(phraseId, language)));
+    return **outcome;
 }
 
 } // namespace host

@@ -6,6 +6,7 @@
 #include <span>
 #include <string_view>
 
+#include "Device.h"
 #include "HeadlessRun.h"
 #include "Options.h"
 #include "Room.h"
@@ -13,8 +14,6 @@
 #include "Stage.h"
 #include "WindowedRun.h"
 #include "api/VLApiManager.h"
-#include "platform/device/Platform.h"
-#include "platform/storage/QSettingsUserDefaults.h"
 #include "platform/ui/KitFont.h"
 
 using namespace Qt::StringLiterals;
@@ -44,27 +43,6 @@ int complain(const QString &line)
     return EXIT_FAILURE;
 }
 
-/// The device: its own microphone and loudspeaker where there are any, files otherwise.
-struct Device {
-    Platform platform = Platform::shipped();
-    bool hasMicrophone = true;
-
-    Device(host::Room &room, const QString &settingsFile, bool headless)
-        : hasMicrophone(!headless && platform.makeAudioEngine()->inputFormat().sampleRateHz > 0)
-    {
-        if (!hasMicrophone)
-            platform.makeAudioEngine = [&room] { return room.makeAudioEngine(); };
-        // Recordings of what is to be said go into files also where there is a loudspeaker.
-        platform.makeAudioPlayer = [&room, headless, makeLoudspeaker = platform.makeAudioPlayer] {
-            return headless || room.isRecording() ? room.makeAudioPlayer() : makeLoudspeaker();
-        };
-        if (headless) {
-            // A demonstration leaves the user's own choices alone.
-            platform.userDefaults = std::make_shared<QSettingsUserDefaults>(settingsFile);
-        }
-    }
-};
-
 } // namespace
 
 int main(int argc, char **argv)
@@ -77,9 +55,10 @@ int main(int argc, char **argv)
     QGuiApplication::setOrganizationName(u"Confera"_s);
     QGuiApplication::setApplicationVersion(u"1.0.0"_s);
 
-    const auto options = host::parseOptions(QGuiApplication::arguments());
+    auto options = host::parseOptions(QGuiApplication::arguments());
     if (!options)
         return complain(options.error());
+    options->headless = headless;
 
     std::unique_ptr<examples::SandboxProcess> sandbox;
     if (!options->usesRealServices()) {
@@ -89,17 +68,19 @@ int main(int argc, char **argv)
         sandbox = std::move(*started);
     }
     const QTemporaryDir settings;
+    // A demonstration leaves the user's own choices alone.
+    const QString settingsFile = headless ? settings.filePath(u"settings.ini"_s) : QString();
     host::Room room(headless && !options->realTime ? host::Room::Speed::AsFastAsAccepted : host::Room::Speed::RealTime);
-    Device device(room, settings.filePath(u"settings.ini"_s), headless);
-    Platform::install(std::move(device.platform));
+    const host::Device device(room, settingsFile, headless);
     VLApiManager::shared().translatedConfig =
-        sandbox ? examples::SandboxProcess::configuration()
-                : VLTranslationConfig(options->speechKey, options->speechRegion, options->translatorKey);
+        options->usesRealServices()
+            ? VLTranslationConfig(options->speechKey, options->speechRegion, options->translatorKey)
+            : examples::SandboxProcess::configuration();
     KitFont::shared().setScale(options->fontScale);
 
     host::Stage stage(options->size);
     if (!headless)
-        return host::runWindowed(stage, room, !device.hasMicrophone);
+        return host::runWindowed(stage, room, !device.hasMicrophone());
     std::function<void()> holdTranslation;
     if (sandbox)
         holdTranslation = [&] { sandbox->delayNextTranslation(std::chrono::seconds(1)); };

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+
+namespace host {
+
+/// A service that has not answered by then does not answer.
+inline constexpr std::chrono::seconds serviceLimit{30};
+
+/// Runs the event loop until `condition` holds, or `limit` has passed; says which. Main thread.
+bool waitUntil(const std::function<bool()> &condition, std::chrono::milliseconds limit);
+
+/// Runs the event loop that long.
+void letPass(std::chrono::milliseconds time);
+
+} // namespace host
