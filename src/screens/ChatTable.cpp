@@ -33,7 +33,7 @@ const CellLook &cellLook(const VLChatMessage &message)
 /// The writer's name. A message that tells none is from the other person, or from "You".
 QString nameAbove(const VLChatMessage &message, const QString &otherPerson)
 {
-    const QString name = QString(message.creatorsName + u' ' + message.creatorsLName).trimmed();
+    QString name = QString(message.creatorsName + u' ' + message.creatorsLName).trimmed();
     if (!name.isEmpty())
         return name;
     return message.isIncomingMessage ? otherPerson.trimmed() : u"You"_s;

@@ -26,7 +26,7 @@ namespace {
 
 QString formattedTime(int seconds)
 {
-    const QString text = clockText(seconds);
+    QString text = clockText(seconds);
     consoleLine("formatted time : "_L1 + text);
     return text;
 }

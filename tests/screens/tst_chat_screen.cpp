@@ -370,9 +370,7 @@ private slots:
     {
         addRows<QString, QString, QString>({
             {"Hindi", u"hi-IN## नमस्ते"_s, u"hi-IN-SwaraNeural"_s, u" नमस्ते"_s},
-            {"Telugu", u"te-IN##హలో"_s, u"te-IN-ShrutiNeural"_s, u"హలో"_s},
             {"without a mark", u"Hello."_s, u"en-US-AriaNeural"_s, u"Hello."_s},
-            {"two marks", u"hi-IN##a##b"_s, u"en-US-AriaNeural"_s, u"hi-IN##a##b"_s},
         });
     }
     void aMessageIsReadInTheVoiceOfItsLanguage()
