@@ -4,6 +4,7 @@ namespace vynlex {
 
 NavigationController::NavigationController(std::shared_ptr<ViewController> rootViewController)
     : m_root(std::move(rootViewController))
+    , m_formerContainer(m_root->parentViewController())
 {
     setContainer(*m_root, this);
 }
@@ -11,7 +12,7 @@ NavigationController::NavigationController(std::shared_ptr<ViewController> rootV
 NavigationController::~NavigationController()
 {
     if (m_root->parentViewController() == this)
-        setContainer(*m_root, nullptr);
+        setContainer(*m_root, m_formerContainer);
 }
 
 void NavigationController::viewDidLoad()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QPointer>
+
 #include "platform/ui/ViewController.h"
 
 namespace vynlex {
@@ -20,8 +22,10 @@ protected:
     void viewDidLoad() override;
 
 private:
-    /// Shared: the same root may stand in a second container while the first is still shown.
+    /// Shared: the same root may stand in a second container while the first is still shown. The last one presents for
+    /// it, and hands it back when it goes.
     std::shared_ptr<ViewController> m_root;
+    QPointer<ViewController> m_formerContainer;
 };
 
 } // namespace vynlex

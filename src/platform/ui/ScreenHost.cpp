@@ -44,11 +44,14 @@ public:
     [[nodiscard]] const std::shared_ptr<ViewController> &controller() const { return m_controller; }
     [[nodiscard]] bool isMoving() const { return m_movement.state() == QAbstractAnimation::Running; }
 
+    /// The place of a screen without a view is a hole.
+    [[nodiscard]] bool hasView() const { return !m_controller->contentViewController().viewSource().isEmpty(); }
+
     void makeView(QQmlEngine &engine, ScreenWindow &window)
     {
-        ViewController &content = m_controller->contentViewController();
-        if (content.viewSource().isEmpty())
+        if (!hasView())
             return;
+        ViewController &content = m_controller->contentViewController();
         QQmlComponent component(&engine, content.viewSource());
         if (!component.isReady()) // creating would crash inside of Qt
             fatalError(
@@ -189,12 +192,12 @@ struct ScreenHost::Screens {
         bool covered = false;
         for (auto stage = shown.rbegin(); stage != shown.rend(); ++stage) {
             (*stage)->setVisible(!covered);
-            (*stage)->setCovered(stage != shown.rbegin());
+            (*stage)->setCovered(stage != shown.rbegin() || !(*stage)->hasView());
             covered = covered || ((*stage)->controller()->modalPresentationStyle ==
                                       ViewController::ModalPresentationStyle::FullScreen &&
                                   !(*stage)->isMoving());
         }
-        if (!shown.empty())
+        if (!shown.empty() && shown.back()->hasView())
             shown.back()->forceActiveFocus();
         emit host.movingChanged();
     }
@@ -211,8 +214,8 @@ struct ScreenHost::Screens {
     void keepFocus()
     {
         const QQuickItem *const focused = host.window() ? host.window()->activeFocusItem() : nullptr;
-        if (!focused || shown.empty() || !host.isAncestorOf(focused) || shown.back() == focused ||
-            shown.back()->isAncestorOf(focused))
+        if (!focused || shown.empty() || !shown.back()->hasView() || !host.isAncestorOf(focused) ||
+            shown.back() == focused || shown.back()->isAncestorOf(focused))
             return;
         QQuickItem *const first = shown.back()->nextItemInFocusChain();
         (shown.back()->isAncestorOf(first) ? first : shown.back())->forceActiveFocus(Qt::TabFocusReason);

@@ -13,8 +13,8 @@ class ScreenWindow;
 /// the transitions of the presentations.
 ///
 /// Views are made when their screen enters the chain and destroyed before it goes. Whatever a view leaves unhandled
-/// ends there: what it covers gets no touch and no key. A view that cannot be loaded is a programming error and ends
-/// the process.
+/// ends there: what it covers gets no touch and no key. A screen without a view takes nothing itself. A view that
+/// cannot be loaded is a programming error and ends the process.
 class ScreenHost : public QQuickItem {
     Q_OBJECT
     QML_ANONYMOUS
