@@ -10,6 +10,7 @@ target_sources(VynlexTranslationSDK PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_
     include/VynlexTranslationSDK/VLChatDeleagate.h
     include/VynlexTranslationSDK/VLCurrentUserType.h
     include/VynlexTranslationSDK/VLTranslationConfig.h
+    include/VynlexTranslationSDK/VLTranslationView.h
     include/VynlexTranslationSDK/VynlexExport.h
     include/VynlexTranslationSDK/VynlexTranslationSDKVersion.h)
 target_compile_features(VynlexTranslationSDK PUBLIC cxx_std_20)
