@@ -1,5 +1,9 @@
 #include "tests/fakes/TestPlatform.h"
 
+#include <QCoreApplication>
+
+#include "platform/dispatch/MainQueue.h"
+
 namespace vynlex {
 
 TestPlatform::TestPlatform()
@@ -16,6 +20,14 @@ TestPlatform::TestPlatform()
     platform.audioSession = audio->session();
     platform.makeReachabilitySource = [path = networkPath] { return path->makeSource(); };
     Platform::install(std::move(platform));
+}
+
+void settle()
+{
+    bool settled = false;
+    MainQueue::async([&] { settled = true; });
+    while (!settled)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 
 } // namespace vynlex

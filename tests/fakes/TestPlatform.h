@@ -26,4 +26,7 @@ struct TestPlatform {
     const std::shared_ptr<FakeNetworkPath> networkPath = std::make_shared<FakeNetworkPath>();
 };
 
+/// Runs what is on the main queue by now.
+void settle();
+
 } // namespace vynlex

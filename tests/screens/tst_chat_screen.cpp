@@ -1,7 +1,6 @@
 #include "api/VLApiManager.h"
 #include "chat/ChatViewModel.h"
 #include "language/LanguageTranslation.h"
-#include "platform/dispatch/MainQueue.h"
 #include "platform/ui/ResourceBundle.h"
 #include "screens/ChatVC.h"
 #include "tests/fakes/CapturedConsole.h"
@@ -31,14 +30,6 @@ VLChatMessage incoming(const QString &id, const QString &text)
     message.messageText = text;
     message.isIncomingMessage = true;
     return message;
-}
-
-/// Runs what is on the main queue by now.
-void settle()
-{
-    bool settled = false;
-    MainQueue::async([&] { settled = true; });
-    QVERIFY(eventually([&] { return settled; }));
 }
 
 } // namespace
