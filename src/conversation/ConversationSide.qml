@@ -45,14 +45,14 @@ Rectangle {
         }
     }
 
-    LanguageChip {
+    Chip {
         id: chip
 
         x: root.inset
         y: root.inset
         width: Math.min(chip.implicitWidth, root.width - 3 * root.inset - readAloud.width)
         name: qsTr("%1 language: %2").arg(root.who).arg(root.language)
-        language: root.language
+        text: root.language
         ground: root.listening ? Theme.surface : Theme.primaryTint
         onPressed: root.languagePressed()
     }

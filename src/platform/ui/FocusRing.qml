@@ -8,7 +8,6 @@ Rectangle {
     required property bool shown
 
     anchors.fill: parent
-    anchors.margins: -5
     visible: root.shown
     color: "transparent"
     border.width: Theme.focusWidth

@@ -13,6 +13,7 @@ Tappable {
     implicitWidth: Math.max(Theme.touch, root.diameter)
     implicitHeight: Math.max(Theme.touch, root.diameter)
     focusRadius: root.width / 2
+    focusOutset: 5 - (root.width - root.diameter) / 2
 
     Rectangle {
         anchors.centerIn: parent
@@ -28,16 +29,16 @@ Tappable {
                 easing.type: Easing.OutQuad
             }
         }
+        Picture {
+            anchors.centerIn: parent
+            picture: root.picture
+            size: root.pictureSize
+        }
         Rectangle {
             anchors.fill: parent
             radius: width / 2
             color: Theme.pressedShade
             visible: root.down
-        }
-        Picture {
-            anchors.centerIn: parent
-            picture: root.picture
-            size: root.pictureSize
         }
     }
 }

@@ -89,7 +89,6 @@ FocusScope {
         flickable: flickable
     }
     FocusRing {
-        anchors.margins: 0
         shown: flickable.activeFocus
         radius: Theme.radiusSmall
     }

@@ -12,6 +12,8 @@ Item {
     property bool checked: false
     property int role: Accessible.Button
     property real focusRadius: Theme.radiusSmall
+    /// Points between the control's edges and the ring that shows the keyboard.
+    property real focusOutset: 5
     readonly property bool down: tap.pressed || keyDown
     property bool keyDown: false
 
@@ -60,7 +62,8 @@ Item {
 
     FocusRing {
         shown: root.activeFocus
-        radius: root.focusRadius + 5
+        anchors.margins: -root.focusOutset
+        radius: root.focusRadius + root.focusOutset
         z: 1
     }
 }

@@ -1,12 +1,13 @@
 import QtQuick
 import VynlexTranslationSDK.Ui
 
-/// Shows a side's language and opens its picker.
+/// A few words with an arrow behind them: they lead somewhere else.
 Tappable {
     id: root
 
-    required property string language
+    required property string text
     property color ground: Theme.primaryTint
+    property color edge: "transparent"
     property real largestWidth: 240
 
     implicitWidth: Math.min(root.largestWidth, label.implicitWidth + 2 * Theme.gapLarge + Theme.gapTiny + arrow.width)
@@ -17,6 +18,8 @@ Tappable {
         anchors.fill: parent
         radius: height / 2
         color: root.ground
+        border.width: 1
+        border.color: root.edge
 
         Rectangle {
             anchors.fill: parent
@@ -32,8 +35,8 @@ Tappable {
             anchors.right: arrow.left
             anchors.rightMargin: Theme.gapTiny
             anchors.verticalCenter: parent.verticalCenter
-            font: Theme.font(root.language, Theme.body + 1, Font.DemiBold)
-            text: root.language
+            font: Theme.font(root.text, Theme.body + 1, Font.DemiBold)
+            text: root.text
             textFormat: Text.PlainText
             elide: Text.ElideRight
             color: Theme.primary
