@@ -3,7 +3,6 @@
 #include <QQuickItem>
 #include <QTest>
 
-#include "platform/ui/KitFont.h"
 #include "tests/fakes/Patience.h"
 
 using namespace Qt::StringLiterals;
@@ -37,57 +36,24 @@ bool openPicker(ConversationStage &stage, const QString &who, Side side)
 
 } // namespace
 
-const std::vector<DeviceShape> &deviceShapes()
-{
-    static const std::vector<DeviceShape> shapes{
-        {u"phone"_s, {390, 844}, 1, {0, 47, 0, 34}},
-        {u"small-phone"_s, {320, 568}, 1, {0, 20, 0, 0}},
-        {u"tablet"_s, {768, 1024}, 1, {0, 24, 0, 20}},
-        {u"landscape"_s, {844, 390}, 1, {47, 0, 47, 21}},
-        {u"large-type"_s, {390, 844}, 1.5, {0, 47, 0, 34}},
-        {u"small-phone-large-type"_s, {320, 568}, 1.5, {0, 20, 0, 0}},
-        {u"landscape-large-type"_s, {844, 390}, 1.5, {47, 0, 47, 21}},
-    };
-    return shapes;
-}
-
 ConversationStage::ConversationStage(const DeviceShape &shape)
-    : languages(platform.userDefaults)
-    , root(std::make_shared<ViewController>())
-    , probe(window)
+    : ScreenStage(shape)
+    , screen(std::make_shared<ConversationTranslateVC>(api, languages))
 {
-    api.translatedConfig = VLTranslationConfig(u"speech-key"_s, u"testregion"_s, u"text-key"_s);
-    screen = std::make_shared<ConversationTranslateVC>(api, languages);
-    KitFont::shared().setScale(shape.fontScale);
-    window.resize(shape.size);
-    window.show();
-    window.requestActivate();
-    Q_UNUSED(QTest::qWaitForWindowActive(&window, patienceMs));
-    m_screens = std::make_unique<ScreenWindow>(root);
-    m_screens->setSafeAreaInsets(shape.safeArea);
-    m_screens->makeKey();
-    m_host = std::make_unique<ScreenHost>(m_engine, *m_screens, window.contentItem());
-    m_host->setSize(shape.size);
     root->present(screen, Animated::No);
 }
 
 ConversationStage::~ConversationStage()
 {
-    m_host.reset();
-    root.reset();
-    screen.reset();
-    KitFont::shared().setScale(1);
+    clear();
 }
 
 bool ConversationStage::press(const QString &name)
 {
     QQuickItem *const control = probe.named(name);
-    if (!control)
-        return false;
-    if (QString::fromLatin1(control->metaObject()->className()).startsWith(u"LanguageCell"))
-        control->forceActiveFocus(Qt::TabFocusReason); // a row may have to scroll into sight
-    probe.tap(*control);
-    return true;
+    if (control && QString::fromLatin1(control->metaObject()->className()).startsWith(u"LanguageCell"))
+        control->forceActiveFocus(Qt::TabFocusReason);
+    return ScreenStage::press(name);
 }
 
 bool ConversationStage::listen(Side side)
@@ -116,13 +82,13 @@ bool ConversationStage::settle()
     return eventually([&] {
         const auto *const picker = screen->languageSelectionView();
         QQuickItem *const sheet = picker ? probe.named(picker->titleLabel->text()) : nullptr;
-        return !m_host->isMoving() && (!picker || (sheet && !sheet->property("moving").toBool()));
+        return !isMoving() && (!picker || (sheet && !sheet->property("moving").toBool()));
     });
 }
 
-const std::vector<ConversationStage::Scene> &ConversationStage::scenes()
+const std::vector<Scene<ConversationStage>> &ConversationStage::scenes()
 {
-    static const std::vector<Scene> scenes{
+    static const std::vector<Scene<ConversationStage>> scenes{
         {u"fresh"_s, [](auto &stage) { return stage.settle(); }},
         {u"speaker-listening"_s, [](auto &stage) { return stage.listen(Side::Speaker); }},
         {u"listener-listening"_s, [](auto &stage) { return stage.listen(Side::Listener); }},

@@ -1,49 +1,22 @@
 #pragma once
 
-#include <QMarginsF>
-#include <QQmlEngine>
-#include <QQuickWindow>
-#include <QSize>
 #include <QString>
 
-#include <functional>
 #include <memory>
 #include <vector>
 
-#include "api/VLApiManager.h"
 #include "conversation/ConversationTranslateVC.h"
-#include "language/LanguageTranslation.h"
-#include "platform/ui/ScreenHost.h"
-#include "platform/ui/ScreenWindow.h"
-#include "tests/fakes/TestPlatform.h"
-#include "tests/views/ViewProbe.h"
+#include "tests/views/ScreenStage.h"
 
 namespace vynlex {
 
-/// What a device has in common with others of its kind, as far as layouts care.
-struct DeviceShape {
-    QString name;
-    QSize size; ///< points
-    qreal fontScale = 1;
-    QMarginsF safeArea = {};
-};
-
-[[nodiscard]] const std::vector<DeviceShape> &deviceShapes();
-
-/// The conversation screen in a window of its own, over the whole of the kit's code and a device made of fakes.
-///
-/// One at a time, on the main thread. The font scale is back to 1 when it goes.
-class ConversationStage {
+/// The conversation screen on a stage.
+class ConversationStage : public ScreenStage {
 public:
     explicit ConversationStage(const DeviceShape &shape);
     ~ConversationStage();
 
-    /// A moment of the conversation worth looking at, and how it comes about. `play` says whether it came about.
-    struct Scene {
-        QString name;
-        std::function<bool(ConversationStage &)> play;
-    };
-    [[nodiscard]] static const std::vector<Scene> &scenes();
+    [[nodiscard]] static const std::vector<Scene<ConversationStage>> &scenes();
 
     /// Presses a side's microphone by finger and waits until the screen listens.
     bool listen(Side side);
@@ -53,21 +26,10 @@ public:
     void translate(const QString &text);
     /// Waits until nothing slides or springs any more.
     bool settle();
-    /// Presses the visible control of this name. False when there is none.
+    /// Presses the visible control of this name, a row of the picker even when it has to scroll into sight first.
     bool press(const QString &name);
 
-    TestPlatform platform;
-    VLApiManager api;
-    LanguageTranslation languages;
-    std::shared_ptr<ViewController> root;
     std::shared_ptr<ConversationTranslateVC> screen;
-    QQuickWindow window;
-    const ViewProbe probe;
-
-private:
-    QQmlEngine m_engine;
-    std::unique_ptr<ScreenWindow> m_screens;
-    std::unique_ptr<ScreenHost> m_host;
 };
 
 } // namespace vynlex

@@ -81,6 +81,28 @@ QRectF ink(const QQuickItem &text)
     return scrolling ? all & inWindow(*scrolling, scrolling->boundingRect()) : all;
 }
 
+/// The part of an item that scrolling lets be touched; empty when there is none.
+QRectF reach(const QQuickItem &item)
+{
+    const QRectF all = inWindow(item, item.boundingRect());
+    const QQuickItem *const scrolling = scrollingParent(item);
+    return scrolling ? all & inWindow(*scrolling, scrolling->boundingRect()) : all;
+}
+
+/// By Tab, or by the arrow keys inside a list that is one stop for Tab.
+bool isInTheKeyboardsReach(const QQuickItem &control)
+{
+    const QQuickItem *const list = scrollingParent(control);
+    return control.activeFocusOnTab() ||
+           (list && list->inherits("QQuickItemView") && list->property("keyNavigationEnabled").toBool());
+}
+
+QPointingDevice *finger()
+{
+    static auto *const finger = QTest::createTouchDevice();
+    return finger;
+}
+
 bool within(const QQuickItem &item, const QQuickItem &ancestor)
 {
     return &item == &ancestor || ancestor.isAncestorOf(&item);
@@ -130,10 +152,20 @@ void ViewProbe::click(QQuickItem &item) const
 
 void ViewProbe::tap(QQuickItem &item) const
 {
-    static auto *const finger = QTest::createTouchDevice();
     const QPoint place = item.mapToScene(item.boundingRect().center()).toPoint();
-    QTest::touchEvent(&m_window, finger).press(0, place, &m_window);
-    QTest::touchEvent(&m_window, finger).release(0, place, &m_window);
+    QTest::touchEvent(&m_window, finger()).press(0, place, &m_window);
+    QTest::touchEvent(&m_window, finger()).release(0, place, &m_window);
+}
+
+void ViewProbe::drag(QPoint from, QPoint by) const
+{
+    constexpr int steps = 10;
+    QTest::touchEvent(&m_window, finger()).press(0, from, &m_window);
+    for (int step = 1; step <= steps; ++step) {
+        QTest::touchEvent(&m_window, finger()).move(0, from + by * step / steps, &m_window);
+        QTest::qWait(10); // places at the same time are no movement
+    }
+    QTest::touchEvent(&m_window, finger()).release(0, from + by, &m_window);
 }
 
 void ViewProbe::pressByAssistiveTool(QQuickItem &item) const
@@ -157,19 +189,19 @@ QStringList ViewProbe::faults() const
     for (std::size_t index = 0; index < controls.size(); ++index) {
         QQuickItem &control = *controls[index];
         const QString name = accessibleName(control);
-        const QRectF place = inWindow(control, control.boundingRect());
+        const QRectF place = reach(control);
         if (name.isEmpty())
             faults.append(u"a control has no name: "_s + QString::fromLatin1(control.metaObject()->className()));
         if (control.width() < smallestTouch || control.height() < smallestTouch)
             faults.append(u"too small to touch: %1"_s.arg(name));
-        if (!control.activeFocusOnTab())
+        if (!isInTheKeyboardsReach(control))
             faults.append(u"out of the keyboard's reach: %1"_s.arg(name));
         if (!accessible(control)->actionInterface()->actionNames().contains(QAccessibleActionInterface::pressAction()))
             faults.append(u"not to be pressed by an assistive tool: %1"_s.arg(name));
         if (!scrollingParent(control) && !window.contains(place))
             faults.append(u"outside the window: %1"_s.arg(name));
         for (std::size_t other = index + 1; other < controls.size(); ++other) {
-            if (overlap(place, inWindow(*controls[other], controls[other]->boundingRect())))
+            if (overlap(place, reach(*controls[other])))
                 faults.append(u"one over the other: %1, %2"_s.arg(name, accessibleName(*controls[other])));
         }
     }
@@ -182,11 +214,26 @@ QStringList ViewProbe::faults() const
         if (!scrollingParent(*text) && !window.contains(ink(*text)))
             faults.append(u"outside the window: %1"_s.arg(words));
         for (QQuickItem *const control : controls) {
-            if (!within(*text, *control) && overlap(ink(*text), inWindow(*control, control->boundingRect())))
+            if (!within(*text, *control) && overlap(ink(*text), reach(*control)))
                 faults.append(u"under %1: %2"_s.arg(accessibleName(*control), words));
         }
     }
     return faults;
+}
+
+QImage inGrey(QQuickWindow &window, const QRect &part)
+{
+    return window.grabWindow().copy(part).convertToFormat(QImage::Format_Grayscale8);
+}
+
+double difference(const QImage &a, const QImage &b)
+{
+    qsizetype different = 0;
+    for (int y = 0; y < a.height(); ++y) {
+        for (int x = 0; x < a.width(); ++x)
+            different += std::abs(a.constScanLine(y)[x] - b.constScanLine(y)[x]) > 60;
+    }
+    return static_cast<double>(different) / (static_cast<double>(a.width()) * a.height());
 }
 
 } // namespace vynlex

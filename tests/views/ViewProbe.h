@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QRectF>
+#include <QImage>
+#include <QRect>
 #include <QString>
 #include <QStringList>
 
@@ -27,6 +28,8 @@ public:
 
     void click(QQuickItem &item) const;
     void tap(QQuickItem &item) const;
+    /// With a finger. What is scrolled goes on for a moment, as after any flick.
+    void drag(QPoint from, QPoint by) const;
     void pressByAssistiveTool(QQuickItem &item) const;
 
     /// A sentence for each fault: a control without a name, smaller than 44 points, out of reach of keyboard or
@@ -36,5 +39,10 @@ public:
 private:
     QQuickWindow &m_window;
 };
+
+/// What is left of a part of the window for an eye that sees no colours.
+[[nodiscard]] QImage inGrey(QQuickWindow &window, const QRect &part);
+/// The share of points, 0 to 1, that differ clearly between two grey pictures of one size.
+[[nodiscard]] double difference(const QImage &a, const QImage &b);
 
 } // namespace vynlex

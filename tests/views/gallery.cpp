@@ -16,9 +16,15 @@ namespace {
 /// Long enough for a pulse, a wave or a fade to be in the middle of its movement.
 constexpr int movementMs = 450;
 
-bool draw(const DeviceShape &shape, const ConversationStage::Scene &scene, const QDir &folder)
+/// Whether what was chosen on the command line has this name, or nothing was chosen.
+bool chosen(const QCommandLineParser &options, const QString &option, const QString &name)
 {
-    ConversationStage stage(shape);
+    return !options.isSet(option) || options.value(option) == name;
+}
+
+template<typename Stage> bool draw(const DeviceShape &shape, const Scene<Stage> &scene, const QDir &folder)
+{
+    Stage stage(shape);
     const bool played = scene.play(stage);
     QTest::qWait(movementMs);
     const QString file = folder.filePath(shape.name + u'/' + scene.name + u".png"_s);
@@ -30,6 +36,22 @@ bool draw(const DeviceShape &shape, const ConversationStage::Scene &scene, const
     for (const QString &fault : stage.probe.faults())
         std::fprintf(stderr, "  %s\n", qPrintable(fault));
     return played && saved;
+}
+
+/// The number of pictures; less than nothing when one of them is missing.
+template<typename Stage> int drawAll(const QCommandLineParser &options, const QDir &folder)
+{
+    int drawn = 0;
+    bool whole = true;
+    for (const DeviceShape &shape : deviceShapes()) {
+        for (const Scene<Stage> &scene : Stage::scenes()) {
+            if (!chosen(options, u"shape"_s, shape.name) || !chosen(options, u"moment"_s, scene.name))
+                continue;
+            whole = draw(shape, scene, folder) && whole;
+            ++drawn;
+        }
+    }
+    return whole ? drawn : -1;
 }
 
 } // namespace
@@ -53,18 +75,8 @@ int main(int argc, char **argv)
         options.showHelp(2);
 
     const QDir folder(options.positionalArguments().first());
-    int drawn = 0;
-    bool whole = true;
-    for (const DeviceShape &shape : deviceShapes()) {
-        for (const ConversationStage::Scene &scene : ConversationStage::scenes()) {
-            if ((options.isSet(u"shape"_s) && options.value(u"shape"_s) != shape.name) ||
-                (options.isSet(u"moment"_s) && options.value(u"moment"_s) != scene.name))
-                continue;
-            whole = draw(shape, scene, folder) && whole;
-            ++drawn;
-        }
-    }
-    if (drawn == 0)
+    const int conversation = drawAll<ConversationStage>(options, folder);
+    if (conversation == 0)
         std::fprintf(stderr, "No such shape or moment.\n");
-    return whole && drawn > 0 ? 0 : 1;
+    return conversation > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -1,5 +1,6 @@
 #include "tests/fakes/Patience.h"
 #include "tests/fakes/Rows.h"
+#include "tests/fakes/Suite.h"
 #include "tests/views/ConversationStage.h"
 
 #include <QAccessible>
@@ -17,28 +18,9 @@ const QString question = u"Where is the railway station, please?"_s;
 const QString englishPrompt = u"Press mic to begin conversation"_s;
 const QString hindiPrompt = u"बातचीत शुरू करने के लिए माइक दबाएं"_s;
 
-const ConversationStage::Scene &scene(const QString &name)
+const Scene<ConversationStage> &scene(const QString &name)
 {
-    return *std::ranges::find(ConversationStage::scenes(), name, &ConversationStage::Scene::name);
-}
-
-/// What is left of the lower half for an eye that sees no colours.
-QImage lowerHalfInGrey(ConversationStage &stage)
-{
-    const QImage all = stage.window.grabWindow();
-    return all.copy(0, all.height() / 2 + 40, all.width(), all.height() / 2 - 40)
-        .convertToFormat(QImage::Format_Grayscale8);
-}
-
-/// The share of points that differ clearly.
-double difference(const QImage &a, const QImage &b)
-{
-    qsizetype different = 0;
-    for (int y = 0; y < a.height(); ++y) {
-        for (int x = 0; x < a.width(); ++x)
-            different += std::abs(a.constScanLine(y)[x] - b.constScanLine(y)[x]) > 60;
-    }
-    return static_cast<double>(different) / (static_cast<double>(a.width()) * a.height());
+    return *std::ranges::find(ConversationStage::scenes(), name, &Scene<ConversationStage>::name);
 }
 
 QAccessible::State stateOf(QQuickItem *item)
@@ -65,16 +47,16 @@ private slots:
     void everyMomentIsWithoutFaultOnEveryDevice_data()
     {
         QTest::addColumn<const DeviceShape *>("shape");
-        QTest::addColumn<const ConversationStage::Scene *>("moment");
+        QTest::addColumn<const Scene<ConversationStage> *>("moment");
         for (const DeviceShape &shape : deviceShapes()) {
-            for (const ConversationStage::Scene &moment : ConversationStage::scenes())
+            for (const Scene<ConversationStage> &moment : ConversationStage::scenes())
                 QTest::addRow("%s, %s", qPrintable(shape.name), qPrintable(moment.name)) << &shape << &moment;
         }
     }
     void everyMomentIsWithoutFaultOnEveryDevice()
     {
         QFETCH(const DeviceShape *, shape);
-        QFETCH(const ConversationStage::Scene *, moment);
+        QFETCH(const Scene<ConversationStage> *, moment);
         ConversationStage stage(*shape);
         QVERIFY(moment->play(stage));
         QCOMPARE(stage.probe.faults(), QStringList());
@@ -96,7 +78,7 @@ private slots:
             ConversationStage stage(m_phone);
             QVERIFY(scene(QString::fromLatin1(name)).play(stage));
             QTest::qWait(500); // a moment into the movement that is part of a look
-            looks.emplace_back(QString::fromLatin1(name), lowerHalfInGrey(stage));
+            looks.emplace_back(QString::fromLatin1(name), inGrey(stage.window, {0, 462, 390, 382})); // the lower half
         }
         for (std::size_t one = 0; one < looks.size(); ++one) {
             for (std::size_t other = one + 1; other < looks.size(); ++other) {
@@ -234,5 +216,5 @@ private slots:
     }
 };
 
-QTEST_MAIN(ConversationViewsTest)
+template struct vynlex::InSuite<ConversationViewsTest>;
 #include "tst_conversation_views.moc"

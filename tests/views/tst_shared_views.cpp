@@ -4,6 +4,7 @@
 #include "platform/ui/ScreenWindow.h"
 #include "tests/fakes/Patience.h"
 #include "tests/fakes/Rows.h"
+#include "tests/fakes/Suite.h"
 #include "tests/views/ViewProbe.h"
 
 #include <QQmlComponent>
@@ -227,5 +228,12 @@ private slots:
     }
 };
 
-QTEST_MAIN(SharedViewsTest)
+template struct vynlex::InSuite<SharedViewsTest>;
+
+int main(int argc, char **argv)
+{
+    const QGuiApplication application(argc, argv);
+    return runSuite(argc, argv);
+}
+
 #include "tst_shared_views.moc"

@@ -11,6 +11,7 @@
 #include <memory>
 
 #include "tests/fakes/Rows.h"
+#include "tests/fakes/Suite.h"
 
 using namespace Qt::StringLiterals;
 using namespace vynlex;
@@ -129,5 +130,5 @@ private:
     QObject *m_theme = nullptr;
 };
 
-QTEST_MAIN(ThemeTest)
+template struct vynlex::InSuite<ThemeTest>;
 #include "tst_theme.moc"
