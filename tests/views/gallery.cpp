@@ -1,4 +1,5 @@
 // Draws every moment of every screen on every shape of device, at twice the size, into FOLDER/SHAPE/MOMENT.png.
+#include "tests/views/ChatStage.h"
 #include "tests/views/ConversationStage.h"
 
 #include <QCommandLineParser>
@@ -76,7 +77,8 @@ int main(int argc, char **argv)
 
     const QDir folder(options.positionalArguments().first());
     const int conversation = drawAll<ConversationStage>(options, folder);
-    if (conversation == 0)
+    const int chat = drawAll<ChatStage>(options, folder);
+    if (conversation + chat == 0)
         std::fprintf(stderr, "No such shape or moment.\n");
-    return conversation > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    return conversation >= 0 && chat >= 0 && conversation + chat > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -21,10 +21,12 @@ QtObject {
     readonly property color inkSoft: "#56607F"
     readonly property color hairline: "#D5DCF2"
     readonly property color disabled: "#A3A9BC"
+    readonly property color recording: "#C62828"
     readonly property color pressedShade: "#1A000000"
     readonly property color dimming: Qt.rgba(0, 0, 0, 0.45)
 
     // Type; the reader's font scale is applied by font()
+    readonly property int small: 12
     readonly property int caption: 13
     readonly property int body: 16
     readonly property int title: 20
@@ -51,11 +53,21 @@ QtObject {
     readonly property int radiusCard: 28
     readonly property int radiusSheet: 24
     readonly property int radiusSmall: 14
+    readonly property int radiusBubble: 18
     readonly property int focusWidth: 3
+
+    // The chat
+    readonly property int headerHeight: 104
+    readonly property int bubbleWidth: 201
+    readonly property real dimmedRow: 0.3
+    /// Controls in a row that is wider are far from each other.
+    readonly property int controlsWidth: 420
 
     /// Lines longer than this are tiring to read; wide screens centre their text in it.
     readonly property int readableWidth: 680
 
+    /// Below this height a window is a phone's on its side.
+    readonly property int low: 480
     /// From this width on a text has a tablet's room.
     readonly property int wide: 560
 
@@ -63,6 +75,9 @@ QtObject {
     readonly property int quick: 150
     readonly property int push: 300
     readonly property int modal: 400
+    readonly property int breath: 700
+    /// Before saying that there is nothing: it may be on its way.
+    readonly property int patience: 700
 
     /// A picture that belongs to a view alone; those of controls come with their state.
     function image(name: string): url {
@@ -73,6 +88,11 @@ QtObject {
     function font(text: string, size: real, weight: int): font {
         // Reading the scale makes every binding follow it.
         return root.fontScale > 0 ? KitFont.fitting(text, size, weight) : undefined;
+    }
+
+    /// Room for one line of any script at `size`, in points.
+    function lineHeight(size: real): real {
+        return Math.ceil(size * root.fontScale * 1.6);
     }
 
     /// The largest size at which `text` has room; `smallest` when there is none.
