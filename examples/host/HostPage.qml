@@ -32,7 +32,7 @@ Rectangle {
             width: parent.width
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.Wrap
-            text: qsTr("This page belongs to the host application. The translator opens over it.")
+            text: qsTr("This page belongs to the host application. What the kit shows opens over it.")
             color: "#56607F"
             font: Theme.font(subtitle.text, 16, Font.Normal)
         }
@@ -40,6 +40,12 @@ Rectangle {
             width: parent.width
             name: qsTr("Translate a conversation")
             onPressed: root.controller.didPressTranslateAction()
+        }
+        WideButton {
+            width: parent.width
+            visible: root.controller.chatPartner.length > 0
+            name: qsTr("Voice chat with %1").arg(root.controller.chatPartner)
+            onPressed: root.controller.didPressChatAction()
         }
     }
 }

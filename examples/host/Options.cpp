@@ -56,9 +56,14 @@ tl::expected<Options, QString> parseOptions(const QStringList &arguments)
         {u"turn"_s, u"Headless: what a side says, as speaker=FILE.wav or listener=FILE.wav. Repeatable."_s,
          u"SIDE=FILE"_s},
         {u"all-pairs"_s, u"Headless: one turn for each of the 30 pairs of languages."_s},
+        {u"two"_s,
+         u"Two people with a device each, who send each other voice messages: two windows, or without any."_s},
+        {u"all-languages"_s, u"Headless, for two: an exchange from each of the six languages."_s},
         {u"real-time"_s, u"Headless: speak and listen at the speed of sound."_s},
-        {u"speaker"_s, u"Language of the person who holds the device (display name or code)."_s, u"NAME"_s},
-        {u"listener"_s, u"Language of the person opposite (display name or code)."_s, u"NAME"_s},
+        {u"speaker"_s, u"Language of the person who holds the device, or of the first of two (display name or code)."_s,
+         u"NAME"_s},
+        {u"listener"_s, u"Language of the person opposite, or of the second of two (display name or code)."_s,
+         u"NAME"_s},
         {u"size"_s, u"Size of the phone's screen in points (default 390x844)."_s, u"WxH"_s},
         {u"font-scale"_s, u"Scale of all text (default 1.0)."_s, u"F"_s},
         {u"speech-key"_s, u"Key of the real speech service (or VYNLEX_SPEECH_KEY)."_s, u"KEY"_s},
@@ -66,6 +71,13 @@ tl::expected<Options, QString> parseOptions(const QStringList &arguments)
         {u"translator-key"_s, u"Key of the real translator (or VYNLEX_TRANSLATOR_KEY)."_s, u"KEY"_s},
         {u"sandbox"_s, u"The confera-sandbox program (default: the one of this build)."_s, u"PROGRAM"_s},
     });
+    // How a process of two starts those of the devices.
+    for (const QString &name : {u"device"_s, u"proxy-port"_s, u"authority"_s}) {
+        QCommandLineOption option(name);
+        option.setValueName(u"VALUE"_s);
+        option.setFlags(QCommandLineOption::HiddenFromHelp);
+        parser.addOption(option);
+    }
     if (const auto parsed = examples::parse(parser, arguments); !parsed)
         return tl::unexpected(parsed.error());
 
@@ -73,6 +85,12 @@ tl::expected<Options, QString> parseOptions(const QStringList &arguments)
     options.headless = parser.isSet(u"headless"_s);
     options.outputFolder = parser.isSet(u"out"_s) ? parser.value(u"out"_s) : u"out/demo"_s;
     options.allPairs = parser.isSet(u"all-pairs"_s);
+    options.two = parser.isSet(u"two"_s);
+    options.allLanguages = parser.isSet(u"all-languages"_s);
+    options.device = personNamed(parser.value(u"device"_s));
+    if (parser.isSet(u"device"_s) && !options.device)
+        return tl::unexpected(u"There is no device of \"%1\"."_s.arg(parser.value(u"device"_s)));
+    options.sandboxAddress = {parser.value(u"proxy-port"_s).toUShort(), parser.value(u"authority"_s)};
     options.realTime = parser.isSet(u"real-time"_s);
     options.sandboxProgram =
         parser.isSet(u"sandbox"_s) ? parser.value(u"sandbox"_s) : examples::SandboxProcess::defaultProgram();
@@ -83,8 +101,15 @@ tl::expected<Options, QString> parseOptions(const QStringList &arguments)
             return tl::unexpected(turn.error());
         options.turns.push_back(std::move(*turn));
     }
-    if (options.allPairs && !options.turns.empty())
-        return tl::unexpected(u"--all-pairs says its own sentences; leave --turn out."_s);
+    for (const auto &[name, asked] :
+         {std::pair{u"--all-pairs"_s, options.allPairs}, std::pair{u"--all-languages"_s, options.allLanguages}}) {
+        if (asked && !options.turns.empty())
+            return tl::unexpected(u"%1 says its own sentences; leave --turn out."_s.arg(name));
+    }
+    if (options.two && options.allPairs)
+        return tl::unexpected(u"--all-pairs is for a conversation; two people have --all-languages."_s);
+    if (options.allLanguages && !options.two)
+        return tl::unexpected(u"--all-languages needs --two."_s);
 
     for (const auto &[name, language] :
          {std::pair{u"speaker"_s, &options.speaker}, std::pair{u"listener"_s, &options.listener}}) {
@@ -120,6 +145,8 @@ tl::expected<Options, QString> parseOptions(const QStringList &arguments)
     if (std::ranges::count(given, true) % 3 != 0)
         return tl::unexpected(
             u"The real services need all three of --speech-key, --speech-region and --translator-key."_s);
+    if (options.two && options.usesRealServices())
+        return tl::unexpected(u"--two plays on the sandbox; leave the keys of the real services out."_s);
     return options;
 }
 

@@ -8,8 +8,10 @@
 #include <tl/expected.hpp>
 #include <vector>
 
+#include "SandboxProcess.h"
 #include "language/LanguageOption.h"
 #include "language/Side.h"
+#include "two/Person.h"
 
 namespace host {
 
@@ -22,6 +24,10 @@ struct RecordedTurn {
 /// The command line of the demo host.
 struct Options {
     bool headless = false;
+    bool two = false;                        ///< two people with a device each
+    bool allLanguages = false;               ///< of these two
+    std::optional<Person> device;            ///< this process is one of the two devices
+    examples::SandboxAddress sandboxAddress; ///< for a device
     QString outputFolder;
     std::vector<RecordedTurn> turns;
     bool allPairs = false;

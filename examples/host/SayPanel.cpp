@@ -5,6 +5,7 @@
 #include "conversation/ConversationTranslateVC.h"
 #include "language/LanguageTranslation.h"
 #include "platform/dispatch/Console.h"
+#include "screens/ChatVC.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -13,14 +14,24 @@ using namespace vynlex;
 namespace host {
 namespace {
 
-std::optional<Side> listeningSide(const HostPage &page)
+SayPanel::Ear listeningEar(const ViewController &screen)
 {
-    const auto screen = std::dynamic_pointer_cast<ConversationTranslateVC>(page.presentedViewController());
-    if (screen && screen->speakerMicButton->isSelected())
-        return Side::Speaker;
-    if (screen && screen->listenerMicButton->isSelected())
-        return Side::Listener;
-    return std::nullopt;
+    using Ear = SayPanel::Ear;
+    if (const auto *const conversation = dynamic_cast<const ConversationTranslateVC *>(&screen)) {
+        if (conversation->speakerMicButton->isSelected())
+            return Ear::Speaker;
+        return conversation->listenerMicButton->isSelected() ? Ear::Listener : Ear::None;
+    }
+    const auto *const chat = dynamic_cast<const ChatVC *>(&screen);
+    return chat && chat->panelState() == ChatVC::PanelState::Recording ? Ear::VoiceMessage : Ear::None;
+}
+
+std::optional<LanguageOption> languageFor(SayPanel::Ear ear)
+{
+    if (ear == SayPanel::Ear::None)
+        return std::nullopt;
+    // Voice messages are in the speaker's language.
+    return LanguageTranslation::shared().language(ear == SayPanel::Ear::Listener ? Side::Listener : Side::Speaker);
 }
 
 } // namespace
@@ -38,18 +49,26 @@ SayPanel::SayPanel(Stage &stage, Room &room, const QString &recordingsFolder)
 
 QString SayPanel::hint() const
 {
-    if (!m_side)
-        return tr("This device has no microphone. Press a microphone on the phone, then choose what is said.");
-    return *m_side == Side::Speaker ? tr("The person below says:") : tr("The person opposite says:");
+    switch (m_ear) {
+    case Ear::Speaker:
+        return tr("The person below says:");
+    case Ear::Listener:
+        return tr("The person opposite says:");
+    case Ear::VoiceMessage:
+        return tr("You say:");
+    case Ear::None:
+        break;
+    }
+    return tr("This device has no microphone. Press a microphone on the phone, then choose what is said.");
 }
 
 void SayPanel::update()
 {
-    const auto side = listeningSide(m_stage.page());
-    const auto language = side ? std::optional(LanguageTranslation::shared().language(*side)) : std::nullopt;
-    if (side == m_side && language == m_language)
+    const Ear ear = listeningEar(m_stage.topScreen());
+    const auto language = languageFor(ear);
+    if (ear == m_ear && language == m_language)
         return;
-    m_side = side;
+    m_ear = ear;
     m_language = language;
     m_sentences.clear();
     if (language) {

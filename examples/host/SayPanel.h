@@ -9,11 +9,11 @@
 #include "Room.h"
 #include "Stage.h"
 #include "VoiceActor.h"
-#include "language/Side.h"
+#include "language/LanguageOption.h"
 
 namespace host {
 
-/// What a person without a microphone can say: the phrasebook's sentences in the language of the side that listens.
+/// What a person without a microphone can say: the phrasebook's sentences in the language that is being listened for.
 ///
 /// Main thread.
 class SayPanel : public QObject {
@@ -25,6 +25,9 @@ class SayPanel : public QObject {
     Q_PROPERTY(QString hint READ hint NOTIFY sentencesChanged FINAL)
 
 public:
+    /// Which microphone of the phone is on.
+    enum class Ear { None, Speaker, Listener, VoiceMessage };
+
     SayPanel(Stage &stage, Room &room, const QString &recordingsFolder);
 
     [[nodiscard]] QStringList sentences() const { return m_sentences; }
@@ -43,7 +46,7 @@ private:
     Stage &m_stage;
     Room &m_room;
     VoiceActor m_actor;
-    std::optional<vynlex::Side> m_side;
+    Ear m_ear = Ear::None;
     std::optional<vynlex::LanguageOption> m_language;
     QStringList m_sentences;
 };

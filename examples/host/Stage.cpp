@@ -1,6 +1,9 @@
 #include "Stage.h"
 
+#include <QCoreApplication>
+#include <QDateTime>
 #include <QImage>
+#include <QWheelEvent>
 
 #include "Waiting.h"
 
@@ -25,6 +28,11 @@ Stage::~Stage()
     m_screenHost.reset(); // views go before the window that they are in, and before their controllers
 }
 
+vynlex::ViewController &Stage::topScreen() const
+{
+    return m_screens.presentedChain().back()->contentViewController();
+}
+
 void Stage::settle()
 {
     waitUntil([&] { return !m_screenHost->isMoving(); }, 3s);
@@ -37,6 +45,19 @@ tl::expected<void, QString> Stage::takePicture(const QString &file)
     if (image.isNull() || !image.save(file))
         return tl::unexpected(u"The picture %1 cannot be written."_s.arg(file));
     return {};
+}
+
+void Stage::scroll(int notches)
+{
+    const QPointF middle(m_screenHost->width() / 2, m_screenHost->height() / 2);
+    const QPoint notch(0, notches > 0 ? -120 : 120);
+    for (int i = 0; i < std::abs(notches); ++i) {
+        QWheelEvent turn(middle, middle, {}, notch, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        turn.setTimestamp(static_cast<quint64>(QDateTime::currentMSecsSinceEpoch()));
+        QCoreApplication::sendEvent(m_window.get(), &turn);
+        letPass(30ms);
+    }
+    settle();
 }
 
 } // namespace host

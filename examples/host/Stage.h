@@ -28,11 +28,17 @@ public:
     /// The part of the window that is the phone; the window may be larger.
     [[nodiscard]] QQuickItem &phone() { return *m_screenHost; }
 
+    /// The screen that is on top, without the container that it may be in.
+    [[nodiscard]] vynlex::ViewController &topScreen() const;
+
     /// Waits until no screen moves any more, and a little longer for what moves inside of one.
     void settle();
 
     /// Draws the screen and writes it to `file` (PNG, device pixels). An error is one clear line.
     [[nodiscard]] tl::expected<void, QString> takePicture(const QString &file);
+
+    /// Turns the wheel over the middle of the phone, and waits until what is there has come to rest; down is positive.
+    void scroll(int notches);
 
 private:
     QQmlEngine m_engine;

@@ -6,7 +6,18 @@
 #include <QJsonObject>
 #include <QSaveFile>
 
+#include <cmath>
+
 namespace host {
+namespace {
+
+bool write(const QString &folder, const QJsonArray &array)
+{
+    QSaveFile file(QDir(folder).filePath(QStringLiteral("transcript.json")));
+    return file.open(QIODevice::WriteOnly) && file.write(QJsonDocument(array).toJson()) >= 0 && file.commit();
+}
+
+} // namespace
 
 bool writeTranscript(const QString &folder, const std::vector<TurnRecord> &turns)
 {
@@ -25,8 +36,29 @@ bool writeTranscript(const QString &folder, const std::vector<TurnRecord> &turns
             {"spokenMs", static_cast<qint64>(turn.spokenMs)},
         });
     }
-    QSaveFile file(QDir(folder).filePath(QStringLiteral("transcript.json")));
-    return file.open(QIODevice::WriteOnly) && file.write(QJsonDocument(array).toJson()) >= 0 && file.commit();
+    return write(folder, array);
+}
+
+bool writeTranscript(const QString &folder, const std::vector<MessageRecord> &messages)
+{
+    QJsonArray array;
+    for (const MessageRecord &message : messages) {
+        array.append(QJsonObject{
+            {"from", message.from},
+            {"to", message.to},
+            {"language", message.language},
+            {"said", message.said},
+            {"recognised", message.recognised},
+            {"wireText", message.wireText},
+            {"receivedMs", static_cast<qint64>(message.receivedMs)},
+            {"voice", message.voice},
+            {"heard", message.heard},
+            {"heardMs", static_cast<qint64>(message.heardMs)},
+            {"heardDb", std::round(message.heardDb * 10) / 10},
+            {"pictures", QJsonArray::fromStringList({message.pictures.begin(), message.pictures.end()})},
+        });
+    }
+    return write(folder, array);
 }
 
 } // namespace host

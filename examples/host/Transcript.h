@@ -24,7 +24,24 @@ struct TurnRecord {
     std::int64_t spokenMs = 0; ///< until the translation had been heard to its end
 };
 
-/// Writes `turns` as transcript.json into `folder`; false when it cannot be written.
+/// What came of one voice message. Files are relative to the transcript.
+struct MessageRecord {
+    QString from;
+    QString to;
+    QString language; ///< translator code
+    QString said;     ///< the phrase, or the file that was said
+    QString recognised;
+    QString wireText;            ///< as the backend has it
+    std::int64_t receivedMs = 0; ///< from the tap on the sender's button to the arrival over the other's socket
+    QString voice;
+    QString heard; ///< WAV file of what the other one heard
+    std::int64_t heardMs = 0;
+    double heardDb = 0; ///< root mean square; 0 is full scale
+    std::vector<QString> pictures;
+};
+
+/// Writes transcript.json into `folder`; false when it cannot be written.
 [[nodiscard]] bool writeTranscript(const QString &folder, const std::vector<TurnRecord> &turns);
+[[nodiscard]] bool writeTranscript(const QString &folder, const std::vector<MessageRecord> &messages);
 
 } // namespace host

@@ -2,6 +2,7 @@
 
 #include <QGuiApplication>
 #include <QQmlComponent>
+#include <QScreen>
 #include <QTemporaryDir>
 
 #include "SayPanel.h"
@@ -13,6 +14,7 @@ namespace host {
 namespace {
 
 constexpr qreal panelWidth = 300;
+constexpr int gapBetweenWindows = 20;
 
 /// Lays the panel beside the phone; both grow with the window.
 std::unique_ptr<QQuickItem> makePanel(Stage &stage, SayPanel &panel)
@@ -29,10 +31,10 @@ std::unique_ptr<QQuickItem> makePanel(Stage &stage, SayPanel &panel)
 
 } // namespace
 
-int runWindowed(Stage &stage, Room &room, bool needsVoice)
+int runWindowed(Stage &stage, Room &room, const WindowPlace &place, bool needsVoice)
 {
     QQuickWindow &window = stage.window();
-    window.setTitle(u"Confera"_s);
+    window.setTitle(place.title);
     const QTemporaryDir recordings;
     room.setPlayback(Room::Speed::AsFastAsAccepted); // only recordings of what is to be said are made in the room
     SayPanel sayPanel(stage, room, recordings.path());
@@ -52,6 +54,9 @@ int runWindowed(Stage &stage, Room &room, bool needsVoice)
     QObject::connect(&window, &QQuickWindow::widthChanged, &sayPanel, layOut);
     QObject::connect(&window, &QQuickWindow::heightChanged, &sayPanel, layOut);
     layOut();
+    if (place.fromLeft)
+        window.setPosition(window.screen()->availableGeometry().topLeft() +
+                           QPoint(*place.fromLeft * (window.width() + gapBetweenWindows), 0));
     window.show();
     return QGuiApplication::exec();
 }

@@ -15,6 +15,8 @@
 #include "WindowedRun.h"
 #include "api/VLApiManager.h"
 #include "platform/ui/KitFont.h"
+#include "two/DeviceRun.h"
+#include "two/TwoRun.h"
 
 using namespace Qt::StringLiterals;
 using namespace vynlex;
@@ -59,17 +61,24 @@ int main(int argc, char **argv)
     if (!options)
         return complain(options.error());
     options->headless = headless;
+    if (options->two) {
+        const auto played = host::runTwo(*options);
+        return played ? EXIT_SUCCESS : complain(played.error());
+    }
 
     std::unique_ptr<examples::SandboxProcess> sandbox;
-    if (!options->usesRealServices()) {
+    if (options->device) {
+        if (const auto used = examples::useSandbox(options->sandboxAddress); !used)
+            return complain(used.error());
+    } else if (!options->usesRealServices()) {
         auto started = examples::SandboxProcess::start(options->sandboxProgram);
         if (!started)
             return complain(started.error());
         sandbox = std::move(*started);
     }
     const QTemporaryDir settings;
-    // A demonstration leaves the user's own choices alone.
-    const QString settingsFile = headless ? settings.filePath(u"settings.ini"_s) : QString();
+    // A demonstration leaves the user's own choices alone, and two people have two.
+    const QString settingsFile = headless || options->device ? settings.filePath(u"settings.ini"_s) : QString();
     host::Room room(headless && !options->realTime ? host::Room::Speed::AsFastAsAccepted : host::Room::Speed::RealTime);
     const host::Device device(room, settingsFile, headless);
     VLApiManager::shared().translatedConfig =
@@ -79,8 +88,10 @@ int main(int argc, char **argv)
     KitFont::shared().setScale(options->fontScale);
 
     host::Stage stage(options->size);
+    if (options->device)
+        return host::runDevice(*options, stage, room, device);
     if (!headless)
-        return host::runWindowed(stage, room, !device.hasMicrophone());
+        return host::runWindowed(stage, room, {u"Confera"_s, {}}, !device.hasMicrophone());
     std::function<void()> holdTranslation;
     if (sandbox)
         holdTranslation = [&] { sandbox->delayNextTranslation(std::chrono::seconds(1)); };
