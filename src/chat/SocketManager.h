@@ -18,6 +18,9 @@ public:
 
     static SocketManager &shared();
 
+    /// Who gets the messages.
+    [[nodiscard]] ChatViewModel &chat() const { return m_chat; }
+
     /// Connects the session and has its messages handed to the view model. Without a session it does nothing.
     void start();
 

@@ -3,14 +3,13 @@
 #include <QAbstractItemModel>
 #include <QUrl>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <vector>
 
 #include "api/DirectoryRecords.h"
-#include "api/VLApiRequestError.h"
-#include "conversation/LanguageSelectionView.h"
-#include "platform/dispatch/Clock.h"
+#include "conversation/LanguagePicker.h"
 #include "platform/dispatch/Lifetime.h"
 #include "platform/ui/ButtonState.h"
 #include "platform/ui/LabelState.h"
@@ -26,7 +25,11 @@ class VLApiManager;
 /// The kit's first screen: the device's contacts and the recent calls, and from there the conversation screen and the
 /// voice chats.
 ///
-/// Failures of the backend are silent: the table stays as it is. Main thread.
+/// Main thread. Failures of the backend are silent: the table stays as it is. What is still answered when the screen is
+/// gone reaches nobody.
+///
+/// Loading the screen opens the chat's socket with the token of that time, and a token that comes later opens it anew;
+/// the socket outlives the screen.
 class HomeVC : public ViewController {
     Q_OBJECT
     QML_NAMED_ELEMENT(HomeController)
@@ -65,10 +68,10 @@ public:
     ButtonState *const contactsButton = new ButtonState(this);
     ButtonState *const recentsButton = new ButtonState(this);
 
-    /// Exchanges `webToken` for the backend's JSON web token and keeps what it says. `completion` runs when that has
-    /// gone well, and else never.
+    /// Exchanges `webToken` for the backend's JSON web token and hands that, with the user id in it, to the API
+    /// manager. `completion` runs when this has gone well, else never.
     void fetchJWToken(std::function<void()> completion);
-    /// Fetches the device's contacts and the recent calls.
+    /// Fetches the recent calls.
     void loadData();
 
     Q_INVOKABLE void contactsButtonTapped();
@@ -88,10 +91,10 @@ public:
     [[nodiscard]] bool isActivityIndicatorAnimating() const { return m_activityIndicatorAnimating; }
     [[nodiscard]] static QUrl transitionImageView();
     /// The picker that lies over this screen, or null.
-    [[nodiscard]] LanguageSelectionView *languageSelectionView() const { return m_languageSelectionView.get(); }
-    /// One of the two tabs is.
-    [[nodiscard]] bool isRecentsActive() const { return m_isRecentsActive; }
-    [[nodiscard]] bool isContactsActive() const { return !m_isRecentsActive; }
+    [[nodiscard]] LanguageSelectionView *languageSelectionView() const { return m_languagePicker.view(); }
+    /// Always one of the two.
+    [[nodiscard]] bool isRecentsActive() const { return m_activeTab == Tab::Recents; }
+    [[nodiscard]] bool isContactsActive() const { return m_activeTab == Tab::Contacts; }
 
     [[nodiscard]] QUrl viewSource() const override;
 
@@ -109,15 +112,41 @@ protected:
     void viewDidLoad() override;
 
 private:
+    enum class Tab { Recents, Contacts };
+
+    void startSocketSession();
+
+    void activateTab(Tab tab);
+    void applyTabColors();
+    void fetchContacts();
+    void fetchRecents();
+    void setUsers(std::vector<User> users);
+    void reloadTable();
+
+    void openChat(int row);
+    void presentChat(const User &user);
+    void presentError(const QString &message);
+
+    void setSearchBarText(const QString &text);
+    void setActivityIndicatorAnimating(bool animating);
+
     VLApiManager &m_apiManager;
     LanguageTranslation &m_languages;
     SocketManager &m_socketManager;
 
+    std::shared_ptr<const UserList> m_users; ///< Of the active tab; never null.
     UserTable m_tableView;
     QString m_searchBarText;
+    QString m_searchTextValue; ///< What was searched for last, which the bar may not show any more.
+    bool m_isSearching = false;
     bool m_activityIndicatorAnimating = false;
-    bool m_isRecentsActive = true;
-    std::unique_ptr<LanguageSelectionView> m_languageSelectionView;
+    std::vector<Contact> m_serverContactArray;
+    /// An entry a number of each contact. Every fetch adds to it, deliberately: it is never cleared.
+    std::vector<User> m_contactsArray;
+    Tab m_activeTab = Tab::Recents;
+
+    std::uint64_t m_recentsFetch = 0; ///< The number of the latest.
+    LanguagePicker m_languagePicker;
     Lifetime m_lifetime;
 };
 
