@@ -47,8 +47,11 @@ QByteArray perform(ChatPlayer &player, const QByteArray &line)
 
 int runDevice(const Options &options, Stage &stage, Room &room, const Device &device)
 {
-    if (options.speaker)
-        LanguageTranslation::shared().store(Side::Speaker, *options.speaker);
+    for (const auto &[side, language] :
+         {std::pair{Side::Speaker, options.speaker}, std::pair{Side::Listener, options.listener}}) {
+        if (language)
+            LanguageTranslation::shared().store(side, *language);
+    }
     ChatPlayer player(*options.device, stage, room, device, options.outputFolder);
     const ParentLink link([&player](const QByteArray &line) { return perform(player, line); });
     if (options.headless)

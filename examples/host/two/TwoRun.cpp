@@ -101,9 +101,8 @@ private:
             const Person &person = people().at(i);
             if (m_options.headless && !m_folder.mkpath(u"recordings-"_s + person.word))
                 return tl::unexpected(u"The folder %1 cannot be made."_s.arg(m_folder.path()));
-            auto device =
-                RemoteDevice::start(person, argumentsFor(person, languagesOf(m_options).at(i)),
-                                    m_options.headless ? m_folder.filePath(person.word + ".log"_L1) : QString());
+            auto device = RemoteDevice::start(
+                person, argumentsFor(i), m_options.headless ? m_folder.filePath(person.word + ".log"_L1) : QString());
             if (!device)
                 return tl::unexpected(device.error());
             m_devices.at(i) = std::move(*device);
@@ -122,13 +121,17 @@ private:
         return {};
     }
 
-    [[nodiscard]] QStringList argumentsFor(const Person &person, LanguageOption language) const
+    [[nodiscard]] QStringList argumentsFor(std::size_t i) const
     {
         const examples::SandboxAddress &address = m_sandbox->address();
-        QStringList arguments{u"--device"_s,     person.word,
+        const auto code = [this](std::size_t whose) {
+            return languageEntry(languagesOf(m_options).at(whose)).translatorCode;
+        };
+        QStringList arguments{u"--device"_s,     people().at(i).word,
                               u"--proxy-port"_s, QString::number(address.proxyPort),
                               u"--authority"_s,  address.authorityFile,
-                              u"--speaker"_s,    languageEntry(language).translatorCode,
+                              u"--speaker"_s,    code(i),
+                              u"--listener"_s,   code(1 - i),
                               u"--out"_s,        m_folder.path(),
                               u"--size"_s,       u"%1x%2"_s.arg(m_options.size.width()).arg(m_options.size.height()),
                               u"--font-scale"_s, QString::number(m_options.fontScale)};
