@@ -12,8 +12,6 @@ using namespace Qt::StringLiterals;
 namespace vynlex {
 namespace {
 
-enum Role { Incoming = Qt::UserRole, Name, Time, Playing, Dimmed, PlayImage, WaveImage, BubbleColor };
-
 /// What a message has around it for whose it is.
 struct CellLook {
     QUrl playImage;

@@ -39,6 +39,8 @@ public:
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
 private:
+    enum Role { Incoming = Qt::UserRole, Name, Time, Playing, Dimmed, PlayImage, WaveImage, BubbleColor };
+
     const std::vector<VLChatMessage> &m_messages;
     QString m_otherPerson;
     std::optional<int> m_selectedIndex;

@@ -7,12 +7,6 @@
 using namespace Qt::StringLiterals;
 
 namespace vynlex {
-namespace {
-
-enum Role { Name = Qt::UserRole, PhoneNumber, PhoneNumberHidden, Initials, InitialsColor, CallImage, VoiceImage };
-
-} // namespace
-
 void UserTable::reload(std::shared_ptr<const UserList> users, std::optional<std::vector<int>> found)
 {
     beginResetModel();

@@ -36,6 +36,8 @@ public:
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
 private:
+    enum Role { Name = Qt::UserRole, PhoneNumber, PhoneNumberHidden, Initials, InitialsColor, CallImage, VoiceImage };
+
     [[nodiscard]] const InitialsImage &initialsOf(int row) const;
 
     std::shared_ptr<const UserList> m_users = std::make_shared<const UserList>();
