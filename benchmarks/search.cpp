@@ -9,7 +9,7 @@ using namespace vynlex;
 
 namespace {
 
-/// What somebody types, and how much it finds: a fifth of the people and more, one in fifty, nobody.
+/// What somebody types: it finds nearly all, one in ten, nobody.
 const char *const texts[] = {"a", "sha", "zz"};
 
 std::vector<User> people(std::int64_t count)
