@@ -7,9 +7,12 @@ Rectangle {
 
     required property Flickable flickable
 
-    y: root.flickable.y + root.flickable.visibleArea.yPosition * root.flickable.height
+    /// Where one stands, from 0 at the beginning to 1 at the end.
+    readonly property real place: root.flickable.visibleArea.yPosition / Math.max(0.001, 1 - root.flickable.visibleArea.heightRatio)
+
+    y: root.flickable.y + root.place * (root.flickable.height - root.height)
     width: 4
-    height: root.flickable.visibleArea.heightRatio * root.flickable.height
+    height: Math.max(Theme.gapHuge, root.flickable.visibleArea.heightRatio * root.flickable.height)
     radius: 2
     color: Theme.primarySoft
     visible: root.flickable.contentHeight > root.flickable.height
