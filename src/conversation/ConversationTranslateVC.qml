@@ -109,27 +109,12 @@ Rectangle {
         }
     }
 
-    Loader {
+    PickerOverlay {
         id: picker
 
-        readonly property LanguageSelectionController sheet: root.controller.languageSelectionView
-
-        /// Where the keys were before the picker took them.
-        property Item opener: null
-
         anchors.fill: parent
-        // Set, not bound: the sheet's view must never see its controller become null.
-        onSheetChanged: {
-            if (picker.sheet) {
-                picker.opener = root.Window.activeFocusItem;
-                picker.setSource("LanguageSelectionView.qml", {
-                    controller: picker.sheet,
-                    window: root.window
-                });
-            } else {
-                picker.source = "";
-                (picker.opener ?? root).forceActiveFocus(Qt.OtherFocusReason);
-            }
-        }
+        sheet: root.controller.languageSelectionView
+        window: root.window
+        screen: root
     }
 }

@@ -154,9 +154,13 @@ FocusScope {
             anchors.leftMargin: Theme.gapHuge
             anchors.right: close.left
             anchors.verticalCenter: close.verticalCenter
+            height: close.height
             text: root.controller.titleLabel.text
             textFormat: Text.PlainText
             elide: Text.ElideRight
+            verticalAlignment: Text.AlignVCenter
+            fontSizeMode: Text.Fit // rather smaller than cut
+            minimumPixelSize: Theme.body
             color: Theme.ink
             font: Theme.font(root.controller.titleLabel.text, Theme.title, Font.DemiBold)
             Accessible.role: Accessible.Heading

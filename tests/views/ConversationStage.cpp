@@ -81,8 +81,7 @@ bool ConversationStage::settle()
 {
     return eventually([&] {
         const auto *const picker = screen->languageSelectionView();
-        QQuickItem *const sheet = picker ? probe.named(picker->titleLabel->text()) : nullptr;
-        return !isMoving() && (!picker || (sheet && !sheet->property("moving").toBool()));
+        return isAtRest(picker ? picker->titleLabel->text() : QString());
     });
 }
 

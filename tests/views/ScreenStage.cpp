@@ -60,7 +60,15 @@ void ScreenStage::resize(const QSize &size)
 
 bool ScreenStage::settle()
 {
-    return eventually([&] { return !isMoving(); });
+    return eventually([&] { return isAtRest(); });
+}
+
+bool ScreenStage::isAtRest(const QString &sheet) const
+{
+    if (m_host->isMoving() || sheet.isEmpty())
+        return !m_host->isMoving();
+    QQuickItem *const view = probe.named(sheet);
+    return view && !view->property("moving").toBool();
 }
 
 bool ScreenStage::press(const QString &name)

@@ -59,7 +59,8 @@ protected:
     explicit ScreenStage(const DeviceShape &shape);
     ~ScreenStage();
 
-    [[nodiscard]] bool isMoving() const { return m_host->isMoving(); }
+    /// Nothing slides; and the sheet with this title, if there is a title, does not spring.
+    [[nodiscard]] bool isAtRest(const QString &sheet = {}) const;
     /// Takes the views away, which read from the screens.
     void clear();
 
