@@ -143,55 +143,13 @@ FocusScope {
         }
     }
 
-    Column {
-        id: empty
-
+    EmptyNote {
         anchors.centerIn: parent
         width: Math.min(parent.width - root.leftInset - root.rightInset - 2 * Theme.gapHuge, 320)
-        spacing: Theme.gap
-        visible: empty.opacity > 0
-        opacity: 0
-
-        // Later than the first messages of most chats: what is empty for a moment only says nothing.
-        states: State {
-            name: "empty"
-            when: list.count === 0
-            PropertyChanges {
-                empty.opacity: 1
-            }
-        }
-        transitions: Transition {
-            to: "empty"
-            SequentialAnimation {
-                PauseAnimation {
-                    duration: Theme.patience
-                }
-                NumberAnimation {
-                    property: "opacity"
-                    duration: Theme.push
-                }
-            }
-        }
-
-        Image {
-            anchors.horizontalCenter: parent.horizontalCenter
-            sourceSize.width: 119
-            sourceSize.height: 32
-            source: Theme.image("audioWave")
-            opacity: 0.35
-            Accessible.ignored: true
-        }
-        Text {
-            id: invitation
-
-            width: parent.width
-            text: qsTr("Press Voice Chat to record a message.")
-            wrapMode: Text.Wrap
-            horizontalAlignment: Text.AlignHCenter
-            color: Theme.inkSoft
-            font: Theme.font(invitation.text, Theme.body, Font.Normal)
-            Accessible.role: Accessible.StaticText
-            Accessible.name: invitation.text
-        }
+        shown: list.count === 0
+        picture: Theme.image("audioWave")
+        pictureWidth: 119
+        pictureHeight: 32
+        text: qsTr("Press Voice Chat to record a message.")
     }
 }
