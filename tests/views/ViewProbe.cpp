@@ -7,6 +7,7 @@
 #include <QTest>
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <vector>
 
@@ -42,8 +43,15 @@ QString accessibleName(QQuickItem &item)
 
 bool isControl(QQuickItem &item)
 {
+    static constexpr std::array roles{QAccessible::Button, QAccessible::RadioButton, QAccessible::PageTab,
+                                      QAccessible::EditableText};
     auto *const face = accessible(item);
-    return face && (face->role() == QAccessible::Button || face->role() == QAccessible::RadioButton);
+    return face && std::ranges::find(roles, face->role()) != roles.end();
+}
+
+bool isToBePressed(QQuickItem &control)
+{
+    return accessible(control)->role() != QAccessible::EditableText;
 }
 
 bool isText(const QQuickItem &item)
@@ -196,7 +204,8 @@ QStringList ViewProbe::faults() const
             faults.append(u"too small to touch: %1"_s.arg(name));
         if (!isInTheKeyboardsReach(control))
             faults.append(u"out of the keyboard's reach: %1"_s.arg(name));
-        if (!accessible(control)->actionInterface()->actionNames().contains(QAccessibleActionInterface::pressAction()))
+        if (isToBePressed(control) &&
+            !accessible(control)->actionInterface()->actionNames().contains(QAccessibleActionInterface::pressAction()))
             faults.append(u"not to be pressed by an assistive tool: %1"_s.arg(name));
         if (!scrollingParent(control) && !window.contains(place))
             faults.append(u"outside the window: %1"_s.arg(name));

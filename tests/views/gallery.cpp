@@ -1,12 +1,14 @@
 // Draws every moment of every screen on every shape of device, at twice the size, into FOLDER/SHAPE/MOMENT.png.
 #include "tests/views/ChatStage.h"
 #include "tests/views/ConversationStage.h"
+#include "tests/views/HomeStage.h"
 
 #include <QCommandLineParser>
 #include <QDir>
 #include <QGuiApplication>
 #include <QTest>
 
+#include <algorithm>
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
@@ -78,7 +80,9 @@ int main(int argc, char **argv)
     const QDir folder(options.positionalArguments().first());
     const int conversation = drawAll<ConversationStage>(options, folder);
     const int chat = drawAll<ChatStage>(options, folder);
-    if (conversation + chat == 0)
+    const int home = drawAll<HomeStage>(options, folder);
+    if (std::max({conversation, chat, home}) == 0)
         std::fprintf(stderr, "No such shape or moment.\n");
-    return conversation >= 0 && chat >= 0 && conversation + chat > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    const bool whole = std::min({conversation, chat, home}) >= 0;
+    return whole && conversation + chat + home > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -60,6 +60,9 @@ private slots:
                 QTest::addRow("%s on %s", text, ground) << QByteArray(text) << QByteArray(ground);
         }
         QTest::newRow("inkOnPrimary on primary") << QByteArray("inkOnPrimary") << QByteArray("primary");
+        QTest::newRow("inkOnPrimary on primaryLight") << QByteArray("inkOnPrimary") << QByteArray("primaryLight");
+        QTest::newRow("ink on field") << QByteArray("ink") << QByteArray("field");
+        QTest::newRow("fieldHint on field") << QByteArray("fieldHint") << QByteArray("field");
         QTest::newRow("ink on primarySoft") << QByteArray("ink") << QByteArray("primarySoft");
     }
     void textKeepsItsContrast()
@@ -100,12 +103,12 @@ private slots:
     void everyPictureIsInTheLibrary_data()
     {
         QTest::addColumn<QString>("name");
-        constexpr auto names =
-            "micButton micStopButton playButton pauseButton cross radioButton_Unselected "
-            "radioButton_Selected conversionButton infoButton backButton chevronDown notify_icon "
-            "translate_icon home_bottom_transition call_home voice_home back micWhite pauseIcon sendMessage "
-            "mic_recording deleteButton normalAudioWave completedAudioWave audioWave audioPlayIcon "
-            "chatAudioPlayButton chatSelfPlayButton playButtonForParticipant";
+        constexpr auto names = "micButton micStopButton playButton pauseButton cross radioButton_Unselected "
+                               "radioButton_Selected conversionButton infoButton backButton chevronDown notify_icon "
+                               "magnifier person translate_icon home_bottom_transition call_home voice_home back "
+                               "micWhite pauseIcon sendMessage "
+                               "mic_recording deleteButton normalAudioWave completedAudioWave audioWave audioPlayIcon "
+                               "chatAudioPlayButton chatSelfPlayButton playButtonForParticipant";
         for (const QByteArray &name : QByteArray(names).split(' '))
             QTest::newRow(name.constData()) << QString::fromLatin1(name);
     }

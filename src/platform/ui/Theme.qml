@@ -23,6 +23,11 @@ QtObject {
     readonly property color disabled: "#A3A9BC"
     readonly property color recording: "#C62828"
     readonly property color pressedShade: "#1A000000"
+    readonly property color primaryLight: "#3358D4" // a control's ground on the product's blue
+    readonly property color field: "#ECEEF3"
+    readonly property color fieldHint: "#5F6472"
+    readonly property color label: "#000000" // what a row of people says
+    readonly property color spinner: "#85868C"
     readonly property color dimming: Qt.rgba(0, 0, 0, 0.45)
 
     // Type; the reader's font scale is applied by font()
@@ -55,6 +60,16 @@ QtObject {
     readonly property int radiusSmall: 14
     readonly property int radiusBubble: 18
     readonly property int focusWidth: 3
+
+    // The home
+    readonly property int homeHeaderHeight: 80
+    readonly property int tabHeight: 50
+    readonly property int searchHeight: 60
+    readonly property int rowHeight: 80
+    readonly property int radiusField: 15
+    readonly property int radiusInitials: 20
+    /// The picture at the foot; wider it would be too high.
+    readonly property int footWidth: 420
 
     // The chat
     readonly property int headerHeight: 104

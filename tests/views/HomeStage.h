@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <vector>
+
+#include "chat/ChatViewModel.h"
+#include "chat/SocketManager.h"
+#include "screens/HomeVC.h"
+#include "tests/views/ScreenStage.h"
+
+namespace vynlex {
+
+/// The home screen on a stage. The people in it have numbers, but for every fifth.
+class HomeStage : public ScreenStage {
+public:
+    explicit HomeStage(const DeviceShape &shape);
+    ~HomeStage();
+
+    [[nodiscard]] static const std::vector<Scene<HomeStage>> &scenes();
+
+    /// Presses the tab, and the backend answers with calls of these people.
+    bool showRecents(const QStringList &names);
+    bool showRecents(int people);
+    /// By finger and keyboard.
+    bool searchFor(const QString &text);
+    /// Letters of the English alphabet, into what has the keyboard.
+    void type(const QString &text);
+    /// Waits until nothing slides or springs any more.
+    bool settle();
+    /// Whether the field of the search has the keyboard.
+    [[nodiscard]] bool isEditing() const;
+    /// The rows in sight whose people can be called, in the order of the list.
+    [[nodiscard]] QStringList people() const;
+
+    ChatViewModel chat;
+    SocketManager sockets;
+    std::shared_ptr<HomeVC> screen;
+};
+
+} // namespace vynlex
