@@ -13,7 +13,8 @@ int main(int argc, char **argv)
                                              qEnvironmentVariable("VYNLEX_SPEECH_REGION", "centralindia"),
                                              qEnvironmentVariable("VYNLEX_TRANSLATOR_KEY"));
     QQmlApplicationEngine engine;
-    engine.setInitialProperties({{u"config"_s, QVariant::fromValue(config)}});
+    engine.setInitialProperties(
+        {{u"webToken"_s, qEnvironmentVariable("CONFERA_WEB_TOKEN")}, {u"config"_s, QVariant::fromValue(config)}});
     engine.load(u"qrc:/qt-project.org/imports/ConferaMinimal/Main.qml"_s);
     return engine.rootObjects().isEmpty() ? EXIT_FAILURE : QGuiApplication::exec();
 }
