@@ -6,6 +6,7 @@
 #include <QSize>
 #include <QString>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -34,6 +35,12 @@ template<typename Stage> struct Scene {
     QString name;
     std::function<bool(Stage &)> play;
 };
+
+/// One of a stage's scenes; there must be such a one.
+template<typename Stage> const Scene<Stage> &sceneNamed(const QString &name)
+{
+    return *std::ranges::find(Stage::scenes(), name, &Scene<Stage>::name);
+}
 
 /// A screen in a window of its own, over the whole of the kit's code and a device made of fakes.
 ///

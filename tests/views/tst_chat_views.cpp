@@ -16,11 +16,6 @@ namespace {
 
 const DeviceShape hugeType{u"small phone, huge type"_s, {320, 568}, 2, {0, 20, 0, 0}};
 
-const Scene<ChatStage> &scene(const QString &name)
-{
-    return *std::ranges::find(ChatStage::scenes(), name, &Scene<ChatStage>::name);
-}
-
 /// Where a control begins, in points of the window.
 qreal top(const ChatStage &stage, const QString &name)
 {
@@ -71,7 +66,7 @@ private slots:
         std::vector<std::pair<QString, QImage>> looks;
         for (const char *name : {"idle", "recording", "stopped", "previewing", "sending", "playing"}) {
             ChatStage stage(m_phone);
-            QVERIFY(scene(u"chat-"_s + QString::fromLatin1(name)).play(stage));
+            QVERIFY(sceneNamed<ChatStage>(u"chat-"_s + QString::fromLatin1(name)).play(stage));
             looks.emplace_back(QString::fromLatin1(name), inGrey(stage.window, {0, 540, 390, 300}));
         }
         for (std::size_t one = 0; one < looks.size(); ++one) {

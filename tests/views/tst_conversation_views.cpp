@@ -18,11 +18,6 @@ const QString question = u"Where is the railway station, please?"_s;
 const QString englishPrompt = u"Press mic to begin conversation"_s;
 const QString hindiPrompt = u"बातचीत शुरू करने के लिए माइक दबाएं"_s;
 
-const Scene<ConversationStage> &scene(const QString &name)
-{
-    return *std::ranges::find(ConversationStage::scenes(), name, &Scene<ConversationStage>::name);
-}
-
 QAccessible::State stateOf(QQuickItem *item)
 {
     return QAccessible::queryAccessibleInterface(item)->state();
@@ -76,7 +71,7 @@ private slots:
         for (const char *name :
              {"fresh", "speaker-listening", "being-translated", "translated", "speaker-reading-aloud"}) {
             ConversationStage stage(m_phone);
-            QVERIFY(scene(QString::fromLatin1(name)).play(stage));
+            QVERIFY(sceneNamed<ConversationStage>(QString::fromLatin1(name)).play(stage));
             QTest::qWait(500); // a moment into the movement that is part of a look
             looks.emplace_back(QString::fromLatin1(name), inGrey(stage.window, {0, 462, 390, 382})); // the lower half
         }
@@ -170,7 +165,7 @@ private slots:
     void thePickerMarksAndTakesAChoice()
     {
         ConversationStage stage(m_phone);
-        QVERIFY(scene(u"picker-to"_s).play(stage));
+        QVERIFY(sceneNamed<ConversationStage>(u"picker-to"_s).play(stage));
         QVERIFY(stateOf(stage.probe.named(u"हिंदी"_s)).checked);
         QVERIFY(!stateOf(stage.probe.named(u"తెలుగు"_s)).checked);
         QVERIFY(stage.press(u"తెలుగు"_s));
@@ -184,7 +179,7 @@ private slots:
     void thePickerGoesWhenTheDimmedScreenIsTapped()
     {
         ConversationStage stage(m_phone);
-        QVERIFY(scene(u"picker-from"_s).play(stage));
+        QVERIFY(sceneNamed<ConversationStage>(u"picker-from"_s).play(stage));
         QTest::mouseClick(&stage.window, Qt::LeftButton, {},
                           stage.probe.showing(u"Translate from"_s)->mapToScene({5, 5}).toPoint());
         QVERIFY(
@@ -204,7 +199,7 @@ private slots:
     {
         const auto [by, closes] = currentRow<int, bool>();
         ConversationStage stage(m_phone);
-        QVERIFY(scene(u"picker-from"_s).play(stage));
+        QVERIFY(sceneNamed<ConversationStage>(u"picker-from"_s).play(stage));
         QQuickItem *const row = stage.probe.named(u"मराठी"_s);
         const QPoint grip = row->mapToScene(row->boundingRect().center()).toPoint();
         drag(stage.window, grip, by);
