@@ -18,6 +18,7 @@ TestPlatform::TestPlatform()
     platform.makeAudioEngine = [audio = audio] { return audio->makeEngine(); };
     platform.makeAudioPlayer = [audio = audio] { return audio->makePlayer(); };
     platform.audioSession = audio->session();
+    platform.contactStore = contactStore;
     platform.makeReachabilitySource = [path = networkPath] { return path->makeSource(); };
     Platform::install(std::move(platform));
 }

@@ -5,6 +5,7 @@
 #include "platform/device/Platform.h"
 #include "tests/fakes/FakeAudio.h"
 #include "tests/fakes/FakeClock.h"
+#include "tests/fakes/FakeContactStore.h"
 #include "tests/fakes/FakeHttpTransport.h"
 #include "tests/fakes/FakeReachabilitySource.h"
 #include "tests/fakes/FakeSocketWorker.h"
@@ -23,6 +24,7 @@ struct TestPlatform {
     const std::shared_ptr<FakeSocketWorker> socketWorker = std::make_shared<FakeSocketWorker>();
     const std::shared_ptr<FakeSpeechService> speechService = std::make_shared<FakeSpeechService>();
     const std::shared_ptr<FakeAudio> audio = std::make_shared<FakeAudio>();
+    const std::shared_ptr<FakeContactStore> contactStore = std::make_shared<FakeContactStore>();
     const std::shared_ptr<FakeNetworkPath> networkPath = std::make_shared<FakeNetworkPath>();
 };
 

@@ -6,6 +6,7 @@
 #include "platform/audio/AudioEngine.h"
 #include "platform/audio/AudioPlayer.h"
 #include "platform/audio/AudioSession.h"
+#include "platform/contacts/ContactStore.h"
 #include "platform/dispatch/Clock.h"
 #include "platform/net/HttpTransport.h"
 #include "platform/net/WebSocketClient.h"
@@ -30,6 +31,7 @@ struct Platform {
     std::function<std::unique_ptr<AudioEngine>()> makeAudioEngine;
     std::function<std::unique_ptr<AudioPlayer>()> makeAudioPlayer;
     std::shared_ptr<AudioSession> audioSession;
+    std::shared_ptr<ContactStore> contactStore;
     /// A device that cannot tell has none.
     std::function<std::unique_ptr<ReachabilitySource>()> makeReachabilitySource;
 

@@ -1,6 +1,7 @@
 #include "platform/audio/QtAudioEngine.h"
 #include "platform/audio/QtAudioPlayer.h"
 #include "platform/audio/QtAudioSession.h"
+#include "platform/contacts/DeviceContactStore.h"
 #include "platform/device/Platform.h"
 #include "platform/dispatch/SystemClock.h"
 #include "platform/net/BeastSocketWorker.h"
@@ -24,6 +25,7 @@ Platform Platform::shipped()
     platform.makeAudioEngine = [] { return std::make_unique<QtAudioEngine>(); };
     platform.makeAudioPlayer = [] { return std::make_unique<QtAudioPlayer>(); };
     platform.audioSession = std::make_shared<QtAudioSession>();
+    platform.contactStore = std::make_shared<DeviceContactStore>();
     platform.makeReachabilitySource = [] { return std::make_unique<DeviceReachabilitySource>(); };
     // Through the current platform: a host that brings its own loudspeaker means speech above all.
     platform.speechService = std::make_shared<CloudSpeechService>(
