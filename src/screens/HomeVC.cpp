@@ -1,12 +1,18 @@
 #include "screens/HomeVC.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "api/JwtUserId.h"
 #include "api/PhoneNumber.h"
 #include "api/VLApiManager.h"
 #include "chat/SocketManager.h"
 #include "conversation/TranslationStoryboard.h"
 #include "language/LanguageTranslation.h"
+#include "platform/device/Platform.h"
 #include "platform/dispatch/Console.h"
+#include "platform/dispatch/GlobalQueue.h"
+#include "platform/dispatch/Guarded.h"
 #include "platform/dispatch/MainQueue.h"
 #include "platform/ui/AlertController.h"
 #include "platform/ui/Color.h"
@@ -16,12 +22,22 @@
 #include "screens/ChatVC.h"
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace vynlex {
 namespace {
 
+constexpr auto contactSyncDelay = 500ms;
 constexpr qint64 mostRecents = 200;
 constexpr int mostContacts = 1000; ///< What the backend gives at most in one answer.
+
+/// One a number. A contact without a family name keeps the blank behind the given one: deliberate.
+void addUsersOf(const AddressBookContact &contact, std::vector<User> &users)
+{
+    const QString name = contact.givenName + u' ' + contact.familyName;
+    for (const QString &number : contact.phoneNumbers)
+        users.push_back({{}, name, {}, number});
+}
 
 /// As the Contacts tab shows them. The blank goes before a last name that they do not have: deliberate.
 std::vector<User> withFullNames(std::vector<User> users)
@@ -110,7 +126,54 @@ void HomeVC::startSocketSession()
 
 void HomeVC::loadData()
 {
+    fetchDeviceContacts();
     fetchRecents();
+}
+
+// --- The device's contacts
+
+void HomeVC::fetchDeviceContacts()
+{
+    const auto platform = Platform::current();
+    platform->contactStore->requestAccess(m_lifetime.guard([this, contactStore = platform->contactStore](bool granted) {
+        if (granted)
+            readDeviceContacts(contactStore);
+        else
+            consoleLine(u"Access to contacts denied."_s);
+    }));
+    // Waits neither for the user's permission nor for the address book, deliberately: what has been read by then is
+    // told, be it a part or nothing.
+    m_contactSyncs.push_back(platform->clock->after(contactSyncDelay, [this] { syncContacts(); }));
+}
+
+void HomeVC::readDeviceContacts(const std::shared_ptr<ContactStore> &contactStore)
+{
+    // What was read and has not come to the main thread yet, which empties it as often as it gets to.
+    const auto arriving = std::make_shared<Guarded<std::vector<User>>>();
+    const Task collect = m_lifetime.guard(
+        [this, arriving] { std::ranges::move(arriving->exchange({}), std::back_inserter(m_contactsArray)); });
+
+    GlobalQueue::async([contactStore, arriving, collect] {
+        const auto outcome = contactStore->enumerateContacts([&](const AddressBookContact &contact) {
+            const bool nobodyCollects = arriving->with([&](std::vector<User> &users) {
+                const bool wasEmpty = users.empty();
+                addUsersOf(contact, users);
+                return wasEmpty && !users.empty();
+            });
+            if (nobodyCollects)
+                MainQueue::async(collect);
+        });
+        if (!outcome)
+            consoleLine("Error fetching contacts: "_L1 + outcome.error());
+    });
+}
+
+void HomeVC::syncContacts()
+{
+    setActivityIndicatorAnimating(true);
+    m_apiManager.uploadContacts(m_contactsArray, m_lifetime.guard([this](const VLApiResult<VLSuccessResponse> &) {
+        setActivityIndicatorAnimating(false); // Whether it went well changes nothing.
+    }));
 }
 
 // --- Tabs

@@ -10,6 +10,7 @@
 
 #include "api/DirectoryRecords.h"
 #include "conversation/LanguagePicker.h"
+#include "platform/dispatch/Clock.h"
 #include "platform/dispatch/Lifetime.h"
 #include "platform/ui/ButtonState.h"
 #include "platform/ui/LabelState.h"
@@ -18,6 +19,7 @@
 
 namespace vynlex {
 
+class ContactStore;
 class LanguageTranslation;
 class SocketManager;
 class VLApiManager;
@@ -25,8 +27,8 @@ class VLApiManager;
 /// The kit's first screen: the device's contacts and the recent calls, and from there the conversation screen and the
 /// voice chats.
 ///
-/// Main thread. Failures of the backend are silent: the table stays as it is. What is still answered when the screen is
-/// gone reaches nobody.
+/// Main thread. Failures of the backend are silent: the table stays as it is. Failures of the address book are console
+/// lines. What is still answered when the screen is gone reaches nobody.
 ///
 /// Loading the screen opens the chat's socket with the token of that time, and a token that comes later opens it anew;
 /// the socket outlives the screen.
@@ -71,7 +73,7 @@ public:
     /// Exchanges `webToken` for the backend's JSON web token and hands that, with the user id in it, to the API
     /// manager. `completion` runs when this has gone well, else never.
     void fetchJWToken(std::function<void()> completion);
-    /// Fetches the recent calls.
+    /// Fetches the device's contacts, which are told the backend 0.5 s later, and the recent calls.
     void loadData();
 
     Q_INVOKABLE void contactsButtonTapped();
@@ -116,6 +118,10 @@ private:
 
     void startSocketSession();
 
+    void fetchDeviceContacts();
+    void readDeviceContacts(const std::shared_ptr<ContactStore> &contactStore);
+    void syncContacts();
+
     void activateTab(Tab tab);
     void applyTabColors();
     void fetchContacts();
@@ -146,6 +152,7 @@ private:
     Tab m_activeTab = Tab::Recents;
 
     std::uint64_t m_recentsFetch = 0; ///< The number of the latest.
+    std::vector<std::unique_ptr<Timer>> m_contactSyncs;
     LanguagePicker m_languagePicker;
     Lifetime m_lifetime;
 };
