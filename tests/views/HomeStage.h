@@ -24,6 +24,8 @@ public:
     /// Presses the tab, and the backend answers with calls of these people.
     bool showRecents(const QStringList &names);
     bool showRecents(int people);
+    /// The address book has these people, and the user has pressed the tab. The backend knows none of them.
+    bool showContacts(const QStringList &names);
     /// By finger and keyboard.
     bool searchFor(const QString &text);
     /// Letters of the English alphabet, into what has the keyboard.
