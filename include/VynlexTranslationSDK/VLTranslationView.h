@@ -21,6 +21,7 @@ class VYNLEX_EXPORT VLTranslationView : public QQuickItem {
     QML_ELEMENT
 
 public:
+    /// Without a size; it needs none.
     explicit VLTranslationView(QQuickItem *parent = nullptr);
     /// `frame`: place and size within `parent`, in points.
     explicit VLTranslationView(const QRectF &frame, QQuickItem *parent = nullptr);
