@@ -7,6 +7,7 @@
 using namespace Qt::StringLiterals;
 
 namespace vynlex {
+
 void UserTable::reload(std::shared_ptr<const UserList> users, std::optional<std::vector<int>> found)
 {
     beginResetModel();

@@ -1,5 +1,6 @@
 #include "tests/views/ScreenStage.h"
 
+#include <QAccessible>
 #include <QQuickItem>
 #include <QTest>
 
@@ -79,6 +80,13 @@ bool ScreenStage::press(const QString &name)
     if (control)
         probe.tap(*control);
     return control;
+}
+
+QString ScreenStage::pressKey(Qt::Key key)
+{
+    QTest::keyClick(&window, key);
+    QQuickItem *const focused = window.activeFocusItem();
+    return focused ? QAccessible::queryAccessibleInterface(focused)->text(QAccessible::Name) : QString();
 }
 
 } // namespace vynlex

@@ -51,6 +51,8 @@ public:
     bool settle();
     /// Presses the visible control of this name. False when there is none.
     bool press(const QString &name);
+    /// Presses a key, and tells what has the focus then by its accessible name; nothing when nothing has it.
+    QString pressKey(Qt::Key key);
 
     /// The window, and the screen in it, become as large as that.
     void resize(const QSize &size);

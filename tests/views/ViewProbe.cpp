@@ -121,6 +121,17 @@ bool overlap(const QRectF &a, const QRectF &b)
     return a.adjusted(rounding, rounding, -rounding, -rounding).intersects(b);
 }
 
+/// The share of points, 0 to 1, that differ clearly between two grey pictures of one size.
+double difference(const QImage &a, const QImage &b)
+{
+    qsizetype different = 0;
+    for (int y = 0; y < a.height(); ++y) {
+        for (int x = 0; x < a.width(); ++x)
+            different += std::abs(a.constScanLine(y)[x] - b.constScanLine(y)[x]) > 60;
+    }
+    return static_cast<double>(different) / (static_cast<double>(a.width()) * a.height());
+}
+
 } // namespace
 
 QQuickItem *ViewProbe::named(const QString &name) const
@@ -235,14 +246,17 @@ QImage inGrey(QQuickWindow &window, const QRect &part)
     return window.grabWindow().copy(part).convertToFormat(QImage::Format_Grayscale8);
 }
 
-double difference(const QImage &a, const QImage &b)
+QStringList lookAlike(const std::vector<Look> &looks)
 {
-    qsizetype different = 0;
-    for (int y = 0; y < a.height(); ++y) {
-        for (int x = 0; x < a.width(); ++x)
-            different += std::abs(a.constScanLine(y)[x] - b.constScanLine(y)[x]) > 60;
+    QStringList pairs;
+    for (std::size_t one = 0; one < looks.size(); ++one) {
+        for (std::size_t other = one + 1; other < looks.size(); ++other) {
+            const double share = difference(looks[one].picture, looks[other].picture);
+            if (share <= 0.002)
+                pairs.append(u"%1 and %2 look alike: %3"_s.arg(looks[one].name, looks[other].name).arg(share));
+        }
     }
-    return static_cast<double>(different) / (static_cast<double>(a.width()) * a.height());
+    return pairs;
 }
 
 } // namespace vynlex

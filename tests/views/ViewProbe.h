@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <vector>
+
 class QQuickItem;
 class QQuickWindow;
 
@@ -42,7 +44,12 @@ private:
 
 /// What is left of a part of the window for an eye that sees no colours.
 [[nodiscard]] QImage inGrey(QQuickWindow &window, const QRect &part);
-/// The share of points, 0 to 1, that differ clearly between two grey pictures of one size.
-[[nodiscard]] double difference(const QImage &a, const QImage &b);
+
+struct Look {
+    QString name;
+    QImage picture; ///< grey, all of one size
+};
+/// A sentence for each two of them of which 0.2 % of the points or less differ clearly.
+[[nodiscard]] QStringList lookAlike(const std::vector<Look> &looks);
 
 } // namespace vynlex

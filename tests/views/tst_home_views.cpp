@@ -5,7 +5,6 @@
 #include "tests/fakes/Suite.h"
 #include "tests/views/HomeStage.h"
 
-#include <QAccessible>
 #include <QQuickItem>
 #include <QTest>
 
@@ -128,11 +127,7 @@ private slots:
     {
         HomeStage stage(m_phone);
         QVERIFY(stage.showRecents(9));
-        const auto key = [&](Qt::Key code) {
-            QTest::keyClick(&stage.window, code);
-            QQuickItem *const item = stage.window.activeFocusItem();
-            return item ? QAccessible::queryAccessibleInterface(item)->text(QAccessible::Name) : QString();
-        };
+        const auto key = [&](Qt::Key code) { return stage.pressKey(code); };
         QCOMPARE(key(Qt::Key_Tab), u"Notifications"_s);
         QCOMPARE(key(Qt::Key_Tab), u"Choose your language"_s);
         QCOMPARE(key(Qt::Key_Tab), u"Contacts"_s);
