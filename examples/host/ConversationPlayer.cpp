@@ -1,10 +1,8 @@
 #include "ConversationPlayer.h"
 
-#include <algorithm>
-
-#include "HostPage.h"
+#include "Sound.h"
 #include "Waiting.h"
-#include "conversation/LanguageSelectionView.h"
+#include "conversation/ConversationTranslateVC.h"
 #include "language/LanguageTranslation.h"
 
 using namespace Qt::StringLiterals;
@@ -16,11 +14,6 @@ namespace {
 
 using SideState = ConversationTranslateVC::SideState;
 
-std::int64_t millisecondsSince(std::chrono::steady_clock::time_point start)
-{
-    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start).count();
-}
-
 tl::unexpected<QString> failure(const QString &what)
 {
     return tl::unexpected(what);
@@ -30,62 +23,62 @@ tl::unexpected<QString> failure(const QString &what)
 
 /// One side of the screen, as the person there sees it.
 struct ConversationPlayer::Half {
-    ConversationTranslateVC &screen;
+    const ConversationTranslateVC &screen;
+    Hand &hand;
     Side side;
 
     [[nodiscard]] bool isSpeaker() const { return side == Side::Speaker; }
+    [[nodiscard]] QString who() const { return isSpeaker() ? u"Speaker"_s : u"Listener"_s; }
     [[nodiscard]] QString text() const { return (isSpeaker() ? screen.speakerLabel : screen.listenerLabel)->text(); }
     [[nodiscard]] SideState state() const { return isSpeaker() ? screen.speakerState() : screen.listenerState(); }
     [[nodiscard]] bool showsText() const
     {
         return !text().isEmpty() && !(isSpeaker() ? screen.speakerShowsPrompt() : screen.listenerShowsPrompt());
     }
-    [[nodiscard]] const ButtonState &microphone() const
+    [[nodiscard]] bool isListening() const
     {
-        return *(isSpeaker() ? screen.speakerMicButton : screen.listenerMicButton);
+        return (isSpeaker() ? screen.speakerMicButton : screen.listenerMicButton)->isSelected();
     }
-    [[nodiscard]] const ButtonState &readAloud() const
+    [[nodiscard]] bool isReadingAloud() const
     {
-        return *(isSpeaker() ? screen.speakerTextToSpeachButton : screen.listenerTextToSpeachButton);
+        return (isSpeaker() ? screen.speakerTextToSpeachButton : screen.listenerTextToSpeachButton)->isSelected();
     }
-    void pressMicrophone() const
-    {
-        isSpeaker() ? screen.didPressSpeakerButtonAction() : screen.didPressListenerButtonAction();
-    }
-    void pressReadAloud() const
-    {
-        isSpeaker() ? screen.didPressSpeakerSideTextToSpeachButtonAction()
-                    : screen.didPressListenerSideTextToSpeachButtonAction();
-    }
+    void pressMicrophone() const { hand.press(u"Microphone, "_s + who()); }
+    void stopListening() const { hand.press(u"Stop listening, "_s + who()); }
+    void pressReadAloud() const { hand.press(u"Read aloud, "_s + who()); }
+    void stopReadingAloud() const { hand.press(u"Stop reading aloud, "_s + who()); }
     void tapLanguage() const
     {
-        screen.didTapLanguageAction(isSpeaker() ? screen.speakerLanguageBackView : screen.listenerLanguageBackView);
+        const LabelState &label = *(isSpeaker() ? screen.speakerLanguageLabel : screen.listenerLanguageLabel);
+        hand.press(u"%1 language: %2"_s.arg(who(), label.text()));
     }
 };
 
-ConversationPlayer::ConversationPlayer(Stage &stage, Room &room, const QString &folder)
-    : m_stage(stage)
-    , m_room(room)
-    , m_album(stage, folder)
+ConversationPlayer::ConversationPlayer(Props &props)
+    : m_stage(props.stage)
+    , m_hand(props.hand)
+    , m_room(props.room)
+    , m_album(props.album)
 {
 }
 
 ConversationPlayer::Half ConversationPlayer::half(Side side) const
 {
-    return {*m_screen, side};
+    return {*m_stage.screen<ConversationTranslateVC>(), m_hand, side};
 }
 
-void ConversationPlayer::openScreen()
+void ConversationPlayer::openPicker(Side side)
 {
-    m_stage.page().didPressTranslateAction();
-    m_screen = std::dynamic_pointer_cast<ConversationTranslateVC>(m_stage.page().presentedViewController());
+    half(side).tapLanguage();
+    m_hand.await(u"Close"_s, QAccessible::Button);
     m_stage.settle();
 }
 
-void ConversationPlayer::closeScreen()
+void ConversationPlayer::closePicker()
 {
-    m_screen->didPressBackButtonAction();
-    m_screen.reset();
+    m_hand.press(u"Close"_s);
+    m_hand.await(u"The end of the picker"_s,
+                 [&] { return !m_stage.screen<ConversationTranslateVC>()->languageSelectionView(); });
     m_stage.settle();
 }
 
@@ -93,19 +86,17 @@ tl::expected<void, QString> ConversationPlayer::chooseLanguage(Side side, Langua
 {
     if (LanguageTranslation::shared().language(side) == language)
         return {};
-    half(side).tapLanguage();
-    LanguageSelectionView *const picker = m_screen->languageSelectionView();
-    if (!picker)
-        return failure(u"The language picker does not open."_s);
-    const auto row = std::ranges::find(picker->languageOptions, language) - picker->languageOptions.begin();
-    picker->didSelectRow(static_cast<int>(row));
-    picker->didPressCloseButtonAction();
-    if (!waitUntil([&] { return !m_screen->languageSelectionView(); }, 5s))
-        return failure(u"The language picker does not close."_s);
-    return {};
+    const QString &name = languageEntry(language).displayName;
+    openPicker(side);
+    if (!m_hand.sees(name, QAccessible::RadioButton))
+        m_hand.scroll(8); // a low window has no room for all of them
+    m_hand.press(name, QAccessible::RadioButton);
+    closePicker();
+    return m_hand.outcome();
 }
 
-tl::expected<TurnRecord, QString> ConversationPlayer::playTurn(Side side, const QString &wavFile, const QString &name)
+tl::expected<TurnRecord, QString> ConversationPlayer::playTurn(Side side, const QString &wavFile, const QString &name,
+                                                               Pictures pictures)
 {
     const Half own = half(side);
     const Half other = half(otherSide(side));
@@ -118,18 +109,16 @@ tl::expected<TurnRecord, QString> ConversationPlayer::playTurn(Side side, const 
                     .spoken = name + u".wav"_s,
                     .screenshot = name + u".png"_s};
 
-    if (const auto said = m_room.say(wavFile); !said)
-        return failure(said.error());
-    own.pressMicrophone();
-    const bool recognised = waitUntil([&] { return !own.microphone().isSelected(); }, serviceLimit);
+    if (const auto heard = listen(own, wavFile, name, pictures); !heard)
+        return failure(u"%1 (%2): %3"_s.arg(name, turn.from, heard.error()));
     const auto recognisedAt = std::chrono::steady_clock::now();
-    if (!recognised) {
-        own.pressMicrophone();
-        return failure(u"%1 (%2): the speech service gave no result for %3."_s.arg(name, turn.from, wavFile));
-    }
     if (!own.showsText())
         return failure(u"%1 (%2): nothing was recognised in %3."_s.arg(name, turn.from, wavFile));
     turn.recognised = own.text();
+    if (pictures == Pictures::OfEveryState && waitUntil([&] { return own.state() == SideState::Busy; }, 5s)) {
+        letPass(200ms); // the look has changed by then
+        m_album.take(name + u"-translating"_s);
+    }
     if (!waitUntil([&] { return other.showsText(); }, serviceLimit))
         return failure(u"%1 (%2 to %3): \"%4\" was not translated."_s.arg(name, turn.from, turn.to, turn.recognised));
     turn.translated = other.text();
@@ -137,85 +126,68 @@ tl::expected<TurnRecord, QString> ConversationPlayer::playTurn(Side side, const 
 
     // The recogniser may end the sentence a little before the recording does: what follows counts from the speech.
     const auto speechEnded = m_room.speechEnded().value_or(recognisedAt);
-    turn.recognisedMs = std::chrono::duration_cast<std::chrono::milliseconds>(recognisedAt - speechEnded).count();
-    turn.translatedMs = std::chrono::duration_cast<std::chrono::milliseconds>(translatedAt - speechEnded).count();
-
+    const auto since = [&](std::chrono::steady_clock::time_point then) {
+        return std::chrono::duration_cast<std::chrono::milliseconds>(then - speechEnded).count();
+    };
+    turn.recognisedMs = since(recognisedAt);
+    turn.translatedMs = since(translatedAt);
     m_album.settleAndTake(name);
-    if (const auto taken = m_album.taken(); !taken)
-        return failure(taken.error());
 
-    m_room.record(m_album.path(turn.spoken));
-    other.pressReadAloud();
-    if (!waitUntil([&] { return !other.readAloud().isSelected(); }, serviceLimit)) {
-        other.pressReadAloud();
-        return failure(u"%1 (%2): \"%3\" was not read aloud."_s.arg(name, turn.to, turn.translated));
-    }
-    turn.spokenMs = millisecondsSince(speechEnded);
+    if (const auto heard = readAloud(other, name, pictures); !heard)
+        return failure(u"%1 (%2): \"%3\" was not read aloud: %4"_s.arg(name, turn.to, turn.translated, heard.error()));
+    turn.spokenMs = since(std::chrono::steady_clock::now());
     return turn;
 }
 
-tl::expected<void, QString> ConversationPlayer::takePicturesOfEveryState(const QString &wavFile,
-                                                                         const std::function<void()> &holdTranslation)
+/// Until the service has an answer.
+tl::expected<void, QString> ConversationPlayer::listen(const Half &half, const QString &wavFile, const QString &name,
+                                                       Pictures pictures)
 {
-    const auto take = [&](const QString &name) { m_album.take(u"state-"_s + name); };
-    const auto settleAndTake = [&](const QString &name) { m_album.settleAndTake(u"state-"_s + name); };
-    const Half speaker = half(Side::Speaker);
-    const Half listener = half(Side::Listener);
-
-    settleAndTake(u"idle"_s);
-    m_screen->didPressInfoButtonAction();
-    settleAndTake(u"information"_s);
-    m_screen->dismiss(Animated::Yes);
-    m_stage.settle();
-    speaker.tapLanguage();
-    settleAndTake(u"picker-speaker"_s);
-    m_screen->languageSelectionView()->didPressCloseButtonAction();
-    waitUntil([&] { return !m_screen->languageSelectionView(); }, 5s);
-    listener.tapLanguage();
-    settleAndTake(u"picker-listener"_s);
-    m_screen->languageSelectionView()->didPressCloseButtonAction();
-    waitUntil([&] { return !m_screen->languageSelectionView(); }, 5s);
-    listener.pressReadAloud();
-    settleAndTake(u"alert"_s);
-    m_screen->dismiss(Animated::Yes);
-    m_stage.settle();
-
-    for (const Half &side : {listener, speaker}) {
-        const QString name = side.isSpeaker() ? u"speaker"_s : u"listener"_s;
-        side.pressMicrophone();
-        settleAndTake(u"listening-"_s + name);
-        if (side.isSpeaker())
-            break; // the speaker goes on and says something
-        side.pressMicrophone();
-        m_stage.settle();
+    if (pictures == Pictures::OfEveryState) {
+        half.pressMicrophone();
+        m_album.settleAndTake(name + u"-listening"_s);
     }
-    if (holdTranslation)
-        holdTranslation();
     if (const auto said = m_room.say(wavFile); !said)
         return failure(said.error());
-    if (waitUntil([&] { return speaker.state() == SideState::Busy; }, serviceLimit)) {
-        letPass(200ms); // the look has changed by then
-        take(u"translating"_s);
+    if (pictures == Pictures::OfTheResult)
+        half.pressMicrophone();
+    if (const auto pressed = m_hand.outcome(); !pressed)
+        return pressed;
+    if (waitUntil([&] { return !half.isListening(); }, serviceLimit))
+        return {};
+    half.stopListening();
+    return failure(u"the speech service gave no result for %1."_s.arg(wavFile));
+}
+
+tl::expected<void, QString> ConversationPlayer::readAloud(const Half &half, const QString &name, Pictures pictures)
+{
+    const QString file = m_album.path(name + u".wav"_s);
+    m_room.record(file);
+    if (pictures == Pictures::OfEveryState)
+        m_room.setPlayback(Room::Speed::RealTime); // there is to be a moment for the picture
+    half.pressReadAloud();
+    if (pictures == Pictures::OfEveryState && waitUntil([&] { return half.state() == SideState::Speaking; }, 5s)) {
+        letPass(150ms);
+        m_album.take(name + u"-speaking"_s);
     }
-    if (!waitUntil([&] { return listener.showsText(); }, serviceLimit))
-        return failure(u"Nothing was recognised or translated while the pictures were taken."_s);
-    settleAndTake(u"translated"_s);
-    m_room.setPlayback(Room::Speed::RealTime); // there is to be a moment for the picture
-    for (const Half &side : {listener, speaker}) {
-        m_room.record(m_album.path(u"state-speaking.wav"_s));
-        side.pressReadAloud();
-        if (waitUntil([&] { return side.state() == SideState::Speaking; }, 5s)) {
-            letPass(150ms);
-            take(u"speaking-"_s + (side.isSpeaker() ? u"speaker"_s : u"listener"_s));
-        }
-        waitUntil([&] { return !side.readAloud().isSelected(); }, serviceLimit);
-    }
+    const bool ended = waitUntil([&] { return !half.isReadingAloud(); }, serviceLimit);
     m_room.setPlayback(m_room.speed());
-    m_screen->didPressConversionButtonAction();
-    settleAndTake(u"swapped"_s);
-    m_screen->didPressConversionButtonAction();
+    if (!ended) {
+        half.stopReadingAloud();
+        return failure(u"it does not end."_s);
+    }
+    return m_hand.outcome().and_then([&] { return listenTo(file); }).and_then(expectSpeech);
+}
+
+tl::expected<void, QString> ConversationPlayer::playMisunderstanding(Side side, const QString &wavFile)
+{
+    const Half own = half(side);
+    if (const auto heard = listen(own, wavFile, {}, Pictures::OfTheResult); !heard)
+        return heard;
     m_stage.settle();
-    return m_album.taken().map([](const auto &) {});
+    if (own.showsText())
+        return failure(u"\"%1\" was understood where nothing was to be."_s.arg(own.text()));
+    return {};
 }
 
 } // namespace host

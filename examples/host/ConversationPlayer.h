@@ -2,49 +2,47 @@
 
 #include <QString>
 
-#include <memory>
 #include <tl/expected.hpp>
 
-#include "Album.h"
-#include "Room.h"
-#include "Stage.h"
+#include "Props.h"
 #include "Transcript.h"
-#include "conversation/ConversationTranslateVC.h"
 #include "language/LanguageOption.h"
 
 namespace host {
 
-/// Plays people who use the conversation screen: they choose languages, press buttons, speak, read and listen.
+/// Plays people who use the conversation screen, which is open: they choose languages, press buttons, speak, read and
+/// listen.
 ///
 /// Main thread. Every wait has a limit, and what did not come through is one clear line.
 class ConversationPlayer {
 public:
-    /// Pictures and sound go into `folder`.
-    ConversationPlayer(Stage &stage, Room &room, const QString &folder);
+    explicit ConversationPlayer(Props &props);
 
-    /// Opens the conversation screen over the host's page, and closes it again.
-    void openScreen();
-    void closeScreen();
-
+    /// Opens the picker of a side.
+    void openPicker(vynlex::Side side);
+    void closePicker();
     /// Through the picker, unless the side has this language already.
     tl::expected<void, QString> chooseLanguage(vynlex::Side side, vynlex::LanguageOption language);
 
+    enum class Pictures { OfTheResult, OfEveryState };
     /// One turn: `side` says the recording, and the other side has the translation read aloud. Files are named after
     /// `name`.
-    tl::expected<TurnRecord, QString> playTurn(vynlex::Side side, const QString &wavFile, const QString &name);
-
-    /// Pictures of every state of every screen, as the conversation goes by.
-    tl::expected<void, QString> takePicturesOfEveryState(const QString &wavFile,
-                                                         const std::function<void()> &holdTranslation);
+    tl::expected<TurnRecord, QString> playTurn(vynlex::Side side, const QString &wavFile, const QString &name,
+                                               Pictures pictures = Pictures::OfTheResult);
+    /// A turn of which the service makes nothing: what is said is in none of the sentences that it knows.
+    tl::expected<void, QString> playMisunderstanding(vynlex::Side side, const QString &wavFile);
 
 private:
     struct Half;
     [[nodiscard]] Half half(vynlex::Side side) const;
+    tl::expected<void, QString> listen(const Half &half, const QString &wavFile, const QString &name,
+                                       Pictures pictures);
+    tl::expected<void, QString> readAloud(const Half &half, const QString &name, Pictures pictures);
 
     Stage &m_stage;
+    Hand &m_hand;
     Room &m_room;
-    Album m_album;
-    std::shared_ptr<vynlex::ConversationTranslateVC> m_screen;
+    Album &m_album;
 };
 
 } // namespace host

@@ -69,6 +69,7 @@ tl::expected<Options, QString> parseOptions(const QStringList &arguments)
         {u"speech-key"_s, u"Key of the real speech service (or VYNLEX_SPEECH_KEY)."_s, u"KEY"_s},
         {u"speech-region"_s, u"Region of the real services (or VYNLEX_SPEECH_REGION)."_s, u"REGION"_s},
         {u"translator-key"_s, u"Key of the real translator (or VYNLEX_TRANSLATOR_KEY)."_s, u"KEY"_s},
+        {u"web-token"_s, u"With real services: the signed-in user's web token (or CONFERA_WEB_TOKEN)."_s, u"TOKEN"_s},
         {u"sandbox"_s, u"The confera-sandbox program (default: the one of this build)."_s, u"PROGRAM"_s},
     });
     // How a process of two starts those of the devices.
@@ -140,6 +141,7 @@ tl::expected<Options, QString> parseOptions(const QStringList &arguments)
     options.speechKey = setting(parser, u"speech-key"_s, "VYNLEX_SPEECH_KEY");
     options.speechRegion = setting(parser, u"speech-region"_s, "VYNLEX_SPEECH_REGION");
     options.translatorKey = setting(parser, u"translator-key"_s, "VYNLEX_TRANSLATOR_KEY");
+    options.webToken = setting(parser, u"web-token"_s, "CONFERA_WEB_TOKEN");
     const std::array given = {!options.speechKey.isEmpty(), !options.speechRegion.isEmpty(),
                               !options.translatorKey.isEmpty()};
     if (std::ranges::count(given, true) % 3 != 0)

@@ -8,10 +8,10 @@
 #include <tl/expected.hpp>
 #include <vector>
 
+#include "Person.h"
 #include "SandboxProcess.h"
 #include "language/LanguageOption.h"
 #include "language/Side.h"
-#include "two/Person.h"
 
 namespace host {
 
@@ -40,6 +40,7 @@ struct Options {
     QString speechKey;
     QString speechRegion;
     QString translatorKey;
+    QString webToken; ///< with real services
     QString sandboxProgram;
 
     /// All keys given: the real services are used, and no sandbox is started.

@@ -14,15 +14,15 @@ using namespace vynlex;
 namespace host {
 namespace {
 
-SayPanel::Ear listeningEar(const ViewController &screen)
+SayPanel::Ear listeningEar(const ViewController *screen)
 {
     using Ear = SayPanel::Ear;
-    if (const auto *const conversation = dynamic_cast<const ConversationTranslateVC *>(&screen)) {
+    if (const auto *const conversation = dynamic_cast<const ConversationTranslateVC *>(screen)) {
         if (conversation->speakerMicButton->isSelected())
             return Ear::Speaker;
         return conversation->listenerMicButton->isSelected() ? Ear::Listener : Ear::None;
     }
-    const auto *const chat = dynamic_cast<const ChatVC *>(&screen);
+    const auto *const chat = dynamic_cast<const ChatVC *>(screen);
     return chat && chat->panelState() == ChatVC::PanelState::Recording ? Ear::VoiceMessage : Ear::None;
 }
 
@@ -39,7 +39,7 @@ std::optional<LanguageOption> languageFor(SayPanel::Ear ear)
 SayPanel::SayPanel(Stage &stage, Room &room, const QString &recordingsFolder)
     : m_stage(stage)
     , m_room(room)
-    , m_actor(room, recordingsFolder)
+    , m_actor(room, recordingsFolder, stage.user().config)
 {
     // The kit tells its host nothing of its screens; looking five times a second is plenty for a panel.
     auto *const look = new QTimer(this);
@@ -59,7 +59,7 @@ QString SayPanel::hint() const
     case Ear::None:
         break;
     }
-    return tr("This device has no microphone. Press a microphone on the phone, then choose what is said.");
+    return tr("This device has no microphone. Press one on the phone, then choose what is said.");
 }
 
 void SayPanel::update()

@@ -2,7 +2,7 @@ import QtQuick
 import VynlexTranslationSDK.Ui
 import ConferaHost
 
-/// Stands in for a microphone: sentences to say, outside the phone's picture.
+/// Stands in for a microphone: sentences to say, in a window of their own.
 Rectangle {
     id: root
 

@@ -32,6 +32,15 @@ bool SoundFacts::isSpeech() const
     return duration >= 200ms && levelDb > -45;
 }
 
+tl::expected<void, QString> expectSpeech(const SoundFacts &sound)
+{
+    if (sound.isSpeech())
+        return {};
+    return tl::unexpected(QStringLiteral("nothing is to be heard in %1 ms at %2 dB.")
+                              .arg(sound.duration.count())
+                              .arg(sound.levelDb, 0, 'f', 1));
+}
+
 tl::expected<SoundFacts, QString> listenTo(const QString &wavFile)
 {
     return WavFile::read(wavFile).map([](const PcmBuffer &sound) {

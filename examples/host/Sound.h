@@ -16,6 +16,9 @@ struct SoundFacts {
     [[nodiscard]] bool isSpeech() const;
 };
 
+/// One clear line for a sound in which nobody says a word.
+[[nodiscard]] tl::expected<void, QString> expectSpeech(const SoundFacts &sound);
+
 /// Of a WAV file. An error is one clear line.
 tl::expected<SoundFacts, QString> listenTo(const QString &wavFile);
 

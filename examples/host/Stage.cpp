@@ -1,42 +1,81 @@
 #include "Stage.h"
 
-#include <QCoreApplication>
-#include <QDateTime>
+#include <QDeadlineTimer>
 #include <QImage>
-#include <QWheelEvent>
+#include <QQmlComponent>
+#include <QQuickItem>
 
 #include "Waiting.h"
+#include "platform/dispatch/FatalError.h"
+#include "platform/ui/ScreenHost.h"
+#include "platform/ui/ScreenWindow.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+using namespace vynlex;
 
 namespace host {
+namespace {
 
-Stage::Stage(QSize size)
-    : m_page(std::make_shared<HostPage>())
-    , m_screens(m_page)
+/// The picker's spring, the longest of what comes to an end, takes 500 ms.
+constexpr auto longestRest = 600ms;
+constexpr auto betweenLooks = 60ms;
+
+std::unique_ptr<QQuickItem> makePage(QQmlEngine &engine, const SignedInUser &user, double textScale)
+{
+    QQmlComponent component(&engine, QUrl(u"qrc:/qt-project.org/imports/ConferaHost/HostPage.qml"_s));
+    auto *const page = qobject_cast<QQuickItem *>(
+        component.createWithInitialProperties({{u"userName"_s, user.name},
+                                               {u"webToken"_s, user.webToken},
+                                               {u"config"_s, QVariant::fromValue(user.config)},
+                                               {u"textScale"_s, textScale}}));
+    if (!page)
+        fatalError(u"The host's page cannot be shown: %1"_s.arg(component.errorString()));
+    QJSEngine::setObjectOwnership(page, QJSEngine::CppOwnership);
+    return std::unique_ptr<QQuickItem>(page);
+}
+
+} // namespace
+
+Stage::Stage(QSize size, SignedInUser user, double textScale)
+    : m_user(std::move(user))
     , m_window(std::make_unique<QQuickWindow>())
-    , m_screenHost(std::make_unique<vynlex::ScreenHost>(m_engine, m_screens, m_window->contentItem()))
+    , m_page(makePage(m_engine, m_user, textScale))
 {
+    m_window->setTitle(u"Confera"_s);
     m_window->resize(size);
-    m_screenHost->setSize(size);
-    m_screens.makeKey();
+    m_page->setParentItem(m_window->contentItem());
+    const auto fillWindow = [this] { m_page->setSize(m_window->size()); };
+    QObject::connect(m_window.get(), &QQuickWindow::widthChanged, m_page.get(), fillWindow);
+    QObject::connect(m_window.get(), &QQuickWindow::heightChanged, m_page.get(), fillWindow);
+    fillWindow();
 }
 
-Stage::~Stage()
+Stage::~Stage() = default;
+
+ViewController *Stage::topScreen() const
 {
-    m_screenHost.reset(); // views go before the window that they are in, and before their controllers
+    const ScreenWindow *const screens = ScreenWindow::key();
+    const auto chain = screens ? screens->presentedChain() : std::vector<std::shared_ptr<ViewController>>();
+    // The first stands for the host.
+    return chain.size() < 2 ? nullptr : &chain.back()->contentViewController();
 }
 
-vynlex::ViewController &Stage::topScreen() const
+bool Stage::isMoving() const
 {
-    return m_screens.presentedChain().back()->contentViewController();
+    const auto *const kit = m_window->contentItem()->findChild<ScreenHost *>();
+    return kit && kit->isMoving();
 }
 
 void Stage::settle()
 {
-    waitUntil([&] { return !m_screenHost->isMoving(); }, 3s);
-    letPass(600ms); // the picker's spring takes 500 ms
+    waitUntil([this] { return !isMoving(); }, 3s);
+    const QDeadlineTimer limit(longestRest);
+    QImage before;
+    for (QImage now = m_window->grabWindow(); now != before && !limit.hasExpired(); now = m_window->grabWindow()) {
+        before = now;
+        letPass(betweenLooks);
+    }
 }
 
 tl::expected<void, QString> Stage::takePicture(const QString &file)
@@ -45,19 +84,6 @@ tl::expected<void, QString> Stage::takePicture(const QString &file)
     if (image.isNull() || !image.save(file))
         return tl::unexpected(u"The picture %1 cannot be written."_s.arg(file));
     return {};
-}
-
-void Stage::scroll(int notches)
-{
-    const QPointF middle(m_screenHost->width() / 2, m_screenHost->height() / 2);
-    const QPoint notch(0, notches > 0 ? -120 : 120);
-    for (int i = 0; i < std::abs(notches); ++i) {
-        QWheelEvent turn(middle, middle, {}, notch, Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
-        turn.setTimestamp(static_cast<quint64>(QDateTime::currentMSecsSinceEpoch()));
-        QCoreApplication::sendEvent(m_window.get(), &turn);
-        letPass(30ms);
-    }
-    settle();
 }
 
 } // namespace host

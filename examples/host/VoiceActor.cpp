@@ -7,7 +7,6 @@
 #include <optional>
 
 #include "Waiting.h"
-#include "api/VLApiManager.h"
 #include "platform/device/Platform.h"
 #include "platform/dispatch/GlobalQueue.h"
 #include "platform/dispatch/MainQueue.h"
@@ -32,9 +31,10 @@ QString speak(const SpeechConfig &config, const QString &text)
 
 } // namespace
 
-VoiceActor::VoiceActor(Room &room, QString folder)
+VoiceActor::VoiceActor(Room &room, QString folder, VLTranslationConfig config)
     : m_room(room)
     , m_folder(std::move(folder))
+    , m_config(std::move(config))
     , m_book(sandbox::Phrasebook::load(sandbox::Phrasebook::defaultFile()))
 {
 }
@@ -70,8 +70,7 @@ void VoiceActor::record(const std::string &phraseId, LanguageOption language, Re
     }
     if (!phrase(phraseId))
         return fail(u"The phrasebook has no sentence %1."_s.arg(QString::fromStdString(phraseId)));
-    const auto &keys = VLApiManager::shared().translatedConfig;
-    auto config = SpeechConfig::fromSubscription(keys->speechKey(), keys->speechRegion());
+    auto config = SpeechConfig::fromSubscription(m_config.speechKey(), m_config.speechRegion());
     if (!config)
         return fail(config.error());
     config->setSpeechSynthesisVoiceName(entry.synthesisVoice);

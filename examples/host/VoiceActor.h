@@ -1,5 +1,7 @@
 #pragma once
 
+#include <VynlexTranslationSDK/VLTranslationConfig.h>
+
 #include <QSet>
 #include <QString>
 
@@ -18,8 +20,8 @@ namespace host {
 /// Main thread.
 class VoiceActor {
 public:
-    /// Recordings go into `folder`, which must exist.
-    VoiceActor(Room &room, QString folder);
+    /// Recordings go into `folder`, which must exist. `config` has the keys of the speech service.
+    VoiceActor(Room &room, QString folder, vynlex::VLTranslationConfig config);
 
     [[nodiscard]] const sandbox::Phrasebook &phrasebook() const { return m_book; }
     [[nodiscard]] static QString sentence(const sandbox::Phrase &phrase, vynlex::LanguageOption language);
@@ -40,6 +42,7 @@ private:
 
     Room &m_room;
     const QString m_folder;
+    const vynlex::VLTranslationConfig m_config;
     sandbox::Phrasebook m_book;
     QSet<QString> m_files;
 };

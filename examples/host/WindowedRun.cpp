@@ -1,7 +1,7 @@
 #include "WindowedRun.h"
 
 #include <QGuiApplication>
-#include <QQmlComponent>
+#include <QQuickView>
 #include <QScreen>
 #include <QTemporaryDir>
 
@@ -13,20 +13,21 @@ using namespace Qt::StringLiterals;
 namespace host {
 namespace {
 
-constexpr qreal panelWidth = 300;
+constexpr int panelWidth = 300;
 constexpr int gapBetweenWindows = 20;
 
-/// Lays the panel beside the phone; both grow with the window.
-std::unique_ptr<QQuickItem> makePanel(Stage &stage, SayPanel &panel)
+/// The panel's window, beside the phone's, with which it is hidden and closed.
+std::unique_ptr<QQuickView> makePanelWindow(Stage &stage, SayPanel &panel)
 {
-    QQmlComponent component(&stage.engine(), QUrl(u"qrc:/qt-project.org/imports/ConferaHost/SayPanel.qml"_s));
-    auto *const item =
-        qobject_cast<QQuickItem *>(component.createWithInitialProperties({{u"panel"_s, QVariant::fromValue(&panel)}}));
-    if (!item)
-        vynlex::fatalError(u"The panel cannot be shown: %1"_s.arg(component.errorString()));
-    QJSEngine::setObjectOwnership(item, QJSEngine::CppOwnership);
-    item->setParentItem(stage.window().contentItem());
-    return std::unique_ptr<QQuickItem>(item);
+    auto view = std::make_unique<QQuickView>(&stage.engine(), nullptr);
+    view->setTitle(u"What is said"_s);
+    view->setTransientParent(&stage.window());
+    view->setResizeMode(QQuickView::SizeRootObjectToView);
+    view->setInitialProperties({{u"panel"_s, QVariant::fromValue(&panel)}});
+    view->setSource(QUrl(u"qrc:/qt-project.org/imports/ConferaHost/SayPanel.qml"_s));
+    if (view->status() != QQuickView::Ready)
+        vynlex::fatalError(u"The panel cannot be shown."_s); // Qt has told why
+    return view;
 }
 
 } // namespace
@@ -38,26 +39,17 @@ int runWindowed(Stage &stage, Room &room, const WindowPlace &place, bool needsVo
     const QTemporaryDir recordings;
     room.setPlayback(Room::Speed::AsFastAsAccepted); // only recordings of what is to be said are made in the room
     SayPanel sayPanel(stage, room, recordings.path());
-    std::unique_ptr<QQuickItem> panel;
-    if (needsVoice) {
-        panel = makePanel(stage, sayPanel);
-        window.setWidth(window.width() + static_cast<int>(panelWidth));
+    const std::unique_ptr<QQuickView> panel = needsVoice ? makePanelWindow(stage, sayPanel) : nullptr;
+    if (place.fromLeft) {
+        const int taken = window.width() + gapBetweenWindows + (panel ? panelWidth + gapBetweenWindows : 0);
+        window.setPosition(window.screen()->availableGeometry().topLeft() + QPoint(*place.fromLeft * taken, 0));
     }
-    const auto layOut = [&] {
-        const qreal phoneWidth = window.width() - (panel ? panelWidth : 0);
-        stage.phone().setSize({phoneWidth, static_cast<qreal>(window.height())});
-        if (panel) {
-            panel->setX(phoneWidth);
-            panel->setSize({panelWidth, static_cast<qreal>(window.height())});
-        }
-    };
-    QObject::connect(&window, &QQuickWindow::widthChanged, &sayPanel, layOut);
-    QObject::connect(&window, &QQuickWindow::heightChanged, &sayPanel, layOut);
-    layOut();
-    if (place.fromLeft)
-        window.setPosition(window.screen()->availableGeometry().topLeft() +
-                           QPoint(*place.fromLeft * (window.width() + gapBetweenWindows), 0));
     window.show();
+    if (panel) {
+        panel->setGeometry(window.x() + window.width() + gapBetweenWindows, window.y(), panelWidth, window.height());
+        panel->show();
+        window.requestActivate(); // the keyboard stays with the phone
+    }
     return QGuiApplication::exec();
 }
 

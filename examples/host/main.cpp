@@ -7,13 +7,12 @@
 #include <string_view>
 
 #include "Device.h"
-#include "HeadlessRun.h"
 #include "Options.h"
 #include "Room.h"
 #include "SandboxProcess.h"
 #include "Stage.h"
+#include "TurnsRun.h"
 #include "WindowedRun.h"
-#include "api/VLApiManager.h"
 #include "platform/ui/KitFont.h"
 #include "two/DeviceRun.h"
 #include "two/TwoRun.h"
@@ -37,6 +36,16 @@ void prepareHeadless()
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_QUICK_BACKEND", "software");
     qputenv("QT_SCALE_FACTOR", "2"); // pictures have two pixels a point
+}
+
+host::SignedInUser signedInUser(const host::Options &options)
+{
+    if (options.usesRealServices()) {
+        const QString name = options.webToken.isEmpty() ? QString() : u"Confera user"_s; // the token tells no name
+        return {name, options.webToken, {options.speechKey, options.speechRegion, options.translatorKey}};
+    }
+    const host::Person &person = options.device ? *options.device : host::people().front();
+    return {person.user.name, person.webToken(), examples::SandboxProcess::configuration()};
 }
 
 int complain(const QString &line)
@@ -76,26 +85,23 @@ int main(int argc, char **argv)
             return complain(started.error());
         sandbox = std::move(*started);
     }
+    if (!options->usesRealServices() && !qEnvironmentVariableIsSet("VYNLEX_CONTACTS_FILE"))
+        qputenv("VYNLEX_CONTACTS_FILE", HOST_CONTACTS_FILE); // people whom the sandbox knows, and others
     const QTemporaryDir settings;
     // A demonstration leaves the user's own choices alone, and two people have two.
     const QString settingsFile = headless || options->device ? settings.filePath(u"settings.ini"_s) : QString();
     host::Room room(headless && !options->realTime ? host::Room::Speed::AsFastAsAccepted : host::Room::Speed::RealTime);
     const host::Device device(room, settingsFile, headless);
-    VLApiManager::shared().translatedConfig =
-        options->usesRealServices()
-            ? VLTranslationConfig(options->speechKey, options->speechRegion, options->translatorKey)
-            : examples::SandboxProcess::configuration();
     KitFont::shared().setScale(options->fontScale);
 
-    host::Stage stage(options->size);
+    host::Stage stage(options->size, signedInUser(*options), options->fontScale);
+    if (headless)
+        stage.window().show(); // somewhere out of sight
     if (options->device)
         return host::runDevice(*options, stage, room, device);
     if (!headless)
         return host::runWindowed(stage, room, {u"Confera"_s, {}}, !device.hasMicrophone());
-    std::function<void()> holdTranslation;
-    if (sandbox)
-        holdTranslation = [&] { sandbox->delayNextTranslation(std::chrono::seconds(1)); };
-    if (const auto played = host::runHeadless(*options, stage, room, holdTranslation); !played)
+    if (const auto played = host::runTurns(*options, stage, room, device); !played)
         return complain(played.error());
     return EXIT_SUCCESS;
 }

@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <functional>
 
+#include "BackendAnswer.h"
 #include "Sound.h"
-#include "Waiting.h"
-#include "api/JwtUserId.h"
-#include "api/VLApiManager.h"
 #include "chat/ChatViewModel.h"
 #include "chat/SocketManager.h"
 #include "language/LanguageTranslation.h"
@@ -25,27 +23,6 @@ tl::unexpected<QString> failure(const QString &what)
     return tl::unexpected(what);
 }
 
-/// What the backend answers to a call, waited for.
-template<typename Answer>
-tl::expected<Answer, QString> answerTo(const std::function<void(VLApiCompletion<Answer>)> &call)
-{
-    struct Outcome {
-        bool isKnown = false;
-        tl::expected<Answer, QString> answer = failure(u"the backend does not answer."_s);
-    };
-    // Shared, because the answer may come after we have gone.
-    const auto outcome = std::make_shared<Outcome>();
-    call([outcome](const VLApiResult<Answer> &answer) {
-        outcome->isKnown = true;
-        if (answer)
-            outcome->answer = *answer;
-        else
-            outcome->answer = failure(answer.error().errorMessage().trimmed());
-    });
-    waitUntil([&] { return outcome->isKnown; }, serviceLimit);
-    return outcome->answer;
-}
-
 } // namespace
 
 struct ChatPlayer::Saying {
@@ -53,70 +30,46 @@ struct ChatPlayer::Saying {
     QString wavFile;
 };
 
-ChatPlayer::ChatPlayer(const Person &person, Stage &stage, Room &room, const Device &device, const QString &folder)
+ChatPlayer::ChatPlayer(const Person &person, Props &props)
     : m_person(person)
-    , m_stage(stage)
-    , m_room(room)
-    , m_device(device)
-    , m_album(stage, folder)
-    , m_actor(room, m_album.path(u"recordings-"_s + person.word))
+    , m_stage(props.stage)
+    , m_hand(props.hand)
+    , m_room(props.room)
+    , m_device(props.device)
+    , m_album(props.album)
+    , m_actor(props.actor)
+    , m_home(props)
 {
 }
-
-ChatPlayer::~ChatPlayer()
-{
-    SocketManager::shared().webSocketManager.reset(); // which hands messages to us
-}
-
-// --- Signing in
 
 tl::expected<void, QString> ChatPlayer::open()
 {
-    return signIn().and_then([this] { return connectSocket(); }).and_then([this]() -> tl::expected<void, QString> {
-        m_stage.page().setChatPartner(otherThan(m_person).user);
-        m_stage.page().didPressChatAction();
-        const ChatViewModel &model = ChatViewModel::shared();
-        // These two have messages.
-        if (!waitUntil([&] { return model.isThreadKnown() && !model.aryMessages.empty(); }, serviceLimit))
-            return failure(u"the chat's messages do not come."_s);
-        m_stage.settle();
-        return {};
+    if (const auto there = m_hand.outcome(); !there)
+        return there;
+    noteArrivals();
+    m_home.openChat(otherThan(m_person).user.name);
+    m_hand.await(u"The chat's messages"_s, [] { // these two have some
+        return ChatViewModel::shared().isThreadKnown() && !ChatViewModel::shared().aryMessages.empty();
     });
+    m_stage.settle();
+    return m_hand.outcome();
 }
 
-tl::expected<void, QString> ChatPlayer::signIn()
+void ChatPlayer::noteArrivals()
 {
-    VLApiManager &api = VLApiManager::shared();
-    const auto token = answerTo<VLTokenResponse>([&](VLApiCompletion<VLTokenResponse> completion) {
-        api.getJWToken(m_person.webToken(), std::move(completion));
-    });
-    if (!token || !token->jwt)
-        return failure(u"no sign-in: %1"_s.arg(token ? u"the answer holds no token."_s : token.error()));
-    api.setCredentials(userIdOfJwt(*token->jwt), *token->jwt);
-    return {};
-}
-
-tl::expected<void, QString> ChatPlayer::connectSocket()
-{
-    const VLApiManager &api = VLApiManager::shared();
-    SocketManager &holder = SocketManager::shared();
-    holder.webSocketManager = std::make_unique<VLWebSocketManager>(api.currentEnv, api.currentJWT);
-    holder.start();
-    VLWebSocketManager &session = *holder.webSocketManager;
-    session.onNewChatMessage = [this, handOn = session.onNewChatMessage](const VLChatMessage &message) {
-        m_arrivals.emplace(message.id, momentUs());
+    VLWebSocketManager &session = *SocketManager::shared().webSocketManager;
+    session.onNewChatMessage = [arrivals = m_arrivals,
+                                handOn = session.onNewChatMessage](const VLChatMessage &message) {
+        arrivals->emplace(message.id, momentUs());
         handOn(message);
     };
-    if (!waitUntil([&] { return session.isSocketConnected; }, serviceLimit))
-        return failure(u"the backend's socket cannot be reached."_s);
-    return {};
 }
 
 // --- The screen
 
 ChatVC *ChatPlayer::screen() const
 {
-    return dynamic_cast<ChatVC *>(&m_stage.topScreen());
+    return m_stage.screen<ChatVC>();
 }
 
 QVariant ChatPlayer::cell(int row, const char *role) const
@@ -127,7 +80,7 @@ QVariant ChatPlayer::cell(int row, const char *role) const
 
 void ChatPlayer::lookBack()
 {
-    m_stage.scroll(-severalMessages);
+    m_hand.scroll(-severalMessages);
 }
 
 // --- Saying something
@@ -152,7 +105,15 @@ tl::expected<SaidAnswer, QString> ChatPlayer::say(const SayRequest &request)
     const std::size_t before = model.aryMessages.size();
     SaidAnswer answer{
         .said = saying->words, .recognised = *recognised, .messageId = {}, .sentAtUs = momentUs(), .pictures = {}};
-    screen()->stopRecordingORsendMessageAction();
+    if (holdSending)
+        holdSending();
+    m_hand.press(u"Send the message"_s);
+    if (holdSending) {
+        m_hand.await(u"Being sent"_s, QAccessible::Button);
+        m_album.settleAndTake(pictureName(request.name, "sending"));
+    }
+    if (const auto pressed = m_hand.outcome(); !pressed)
+        return failure(pressed.error());
     if (!waitUntil([&] { return screen()->panelState() == ChatVC::PanelState::Idle; }, serviceLimit))
         return failure(u"sending \"%1\" does not end."_s.arg(*recognised));
     if (model.aryMessages.size() == before)
@@ -185,8 +146,9 @@ tl::expected<ChatPlayer::Saying, QString> ChatPlayer::whatToSay(const SayRequest
 /// Gives what was recognised.
 tl::expected<QString, QString> ChatPlayer::record(const Saying &saying, const SayRequest &request)
 {
-    ChatVC &chat = *screen();
-    chat.voiceChatAction();
+    const ChatVC &chat = *screen();
+    m_hand.press(u"Voice Chat"_s);
+    m_hand.await(u"Stop recording"_s, QAccessible::Button);
     if (request.everyState) {
         letPass(2200ms); // so that the clock shows something
         m_album.take(pictureName(request.name, "recording"));
@@ -197,7 +159,9 @@ tl::expected<QString, QString> ChatPlayer::record(const Saying &saying, const Sa
     if (!waitUntil([&] { return m_room.speechEnded().has_value(); }, length + serviceLimit))
         return failure(u"the microphone does not take %1."_s.arg(saying.wavFile));
     letPass(300ms); // no finger is faster
-    chat.stopRecordingORsendMessageAction();
+    m_hand.press(u"Stop recording"_s);
+    if (const auto pressed = m_hand.outcome(); !pressed)
+        return failure(pressed.error());
 
     if (!waitUntil([&] { return !chat.messageToSend().isEmpty(); }, serviceLimit))
         return failure(u"nothing was recognised in \"%1\" (%2)."_s.arg(saying.words, request.language));
@@ -210,29 +174,28 @@ tl::expected<QString, QString> ChatPlayer::record(const Saying &saying, const Sa
 
 tl::expected<void, QString> ChatPlayer::preview(const QString &name)
 {
-    ChatVC &chat = *screen();
+    const ChatVC &chat = *screen();
     const QString file = m_album.path(u"%1-%2-preview.wav"_s.arg(name, m_person.word));
     m_room.setPlayback(Room::Speed::RealTime); // there is to be a moment for the picture
     m_room.record(file);
-    chat.audioPlayButtonAction();
+    m_hand.press(u"Play the recording"_s);
     letPass(700ms);
     m_album.take(pictureName(name, "previewing"));
     const bool ended = waitUntil([&] { return !chat.audioPlayButton->isSelected(); }, serviceLimit);
     m_room.setPlayback(m_room.speed());
     if (!ended)
         return failure(u"the preview does not end."_s);
-    return listenTo(file).and_then([&](const SoundFacts &sound) -> tl::expected<void, QString> {
-        if (!sound.isSpeech())
-            return failure(u"the preview is silent (%1)."_s.arg(file));
-        return {};
-    });
+    return m_hand.outcome()
+        .and_then([&] { return listenTo(file); })
+        .and_then(expectSpeech)
+        .map_error([](const QString &what) { return "the preview: "_L1 + what; });
 }
 
 // --- Hearing something
 
 tl::expected<HeardAnswer, QString> ChatPlayer::hear(const HearRequest &request)
 {
-    if (!waitUntil([&] { return m_arrivals.contains(request.messageId); }, serviceLimit))
+    if (!waitUntil([&] { return m_arrivals->contains(request.messageId); }, serviceLimit))
         return failure(u"the message does not come over the socket."_s);
     const auto &messages = ChatViewModel::shared().aryMessages;
     const auto message = std::ranges::find(messages, request.messageId, &VLChatMessage::id);
@@ -240,7 +203,7 @@ tl::expected<HeardAnswer, QString> ChatPlayer::hear(const HearRequest &request)
         return failure(u"the message came, but is not among those of the chat."_s);
     const int row = static_cast<int>(message - messages.begin());
     HeardAnswer answer;
-    answer.receivedAtUs = m_arrivals.at(request.messageId);
+    answer.receivedAtUs = m_arrivals->at(request.messageId);
     answer.received = message->messageText;
     answer.wavFile = u"%1-%2-heard.wav"_s.arg(request.name, m_person.word);
     if (!waitUntil([&] { return screen()->chatTableView()->rowCount() > row; }, serviceLimit) ||
@@ -249,7 +212,7 @@ tl::expected<HeardAnswer, QString> ChatPlayer::hear(const HearRequest &request)
 
     if (request.everyState) {
         m_album.settleAndTake(pictureName(request.name, "arrived-below"));
-        m_stage.scroll(2 * severalMessages);
+        m_hand.scroll(2 * severalMessages);
     }
     m_album.settleAndTake(pictureName(request.name, "received"));
     if (const auto played = play(row, request, m_album.path(answer.wavFile)); !played)
@@ -258,8 +221,8 @@ tl::expected<HeardAnswer, QString> ChatPlayer::hear(const HearRequest &request)
     const auto sound = listenTo(m_album.path(answer.wavFile));
     if (!sound)
         return failure(sound.error());
-    if (!sound->isSpeech())
-        return failure(u"what was played is silent (%1)."_s.arg(answer.wavFile));
+    if (const auto audible = expectSpeech(*sound); !audible)
+        return failure(audible.error());
     answer.durationMs = sound->duration.count();
     answer.levelDb = sound->levelDb;
 
@@ -279,7 +242,7 @@ tl::expected<void, QString> ChatPlayer::play(int row, const HearRequest &request
     m_room.record(wavFile);
     if (request.everyState)
         m_room.setPlayback(Room::Speed::RealTime);
-    screen()->didPressPlayButton(row);
+    m_hand.press(u"Play, %1, %2"_s.arg(cell(row, "name").toString(), cell(row, "time").toString()));
     if (request.everyState) {
         letPass(700ms);
         m_album.take(pictureName(request.name, "playing"));
@@ -288,7 +251,7 @@ tl::expected<void, QString> ChatPlayer::play(int row, const HearRequest &request
     m_room.setPlayback(m_room.speed());
     if (!ended)
         return failure(u"playing the message does not end."_s);
-    return {};
+    return m_hand.outcome();
 }
 
 tl::expected<QString, QString> ChatPlayer::storedText(const QString &messageId) const

@@ -3,17 +3,16 @@
 #include <QString>
 #include <QVariant>
 
+#include <functional>
 #include <map>
+#include <memory>
 #include <tl/expected.hpp>
 
-#include "Album.h"
-#include "Device.h"
-#include "Room.h"
-#include "Stage.h"
-#include "VoiceActor.h"
+#include "HomePlayer.h"
+#include "Person.h"
+#include "Props.h"
 #include "screens/ChatVC.h"
 #include "two/DeviceProtocol.h"
-#include "two/Person.h"
 
 namespace host {
 
@@ -22,12 +21,13 @@ namespace host {
 /// Main thread. Every wait has a limit, and what did not come through is one clear line.
 class ChatPlayer {
 public:
-    /// Pictures and sound go into `folder`.
-    ChatPlayer(const Person &person, Stage &stage, Room &room, const Device &device, const QString &folder);
-    ~ChatPlayer();
+    ChatPlayer(const Person &person, Props &props);
 
-    /// Signs in as the person, with a session of the backend's socket, and opens the chat with the other one.
+    /// From the home screen, the chat with the other one of the two. Tells also what kept the hand from coming there.
     tl::expected<void, QString> open();
+
+    /// Makes the next message take a while to be sent, so that a picture can be taken of that; may be empty.
+    std::function<void()> holdSending;
 
     /// Scrolls up to older messages.
     void lookBack();
@@ -37,8 +37,7 @@ public:
 private:
     struct Saying;
 
-    tl::expected<void, QString> signIn();
-    tl::expected<void, QString> connectSocket();
+    void noteArrivals();
     [[nodiscard]] vynlex::ChatVC *screen() const;
     [[nodiscard]] QVariant cell(int row, const char *role) const;
     [[nodiscard]] tl::expected<Saying, QString> whatToSay(const SayRequest &request);
@@ -50,11 +49,14 @@ private:
 
     const Person m_person;
     Stage &m_stage;
+    Hand &m_hand;
     Room &m_room;
     const Device &m_device;
-    Album m_album;
-    VoiceActor m_actor;
-    std::map<QString, qint64> m_arrivals; ///< Messages that came over the socket, and when.
+    Album &m_album;
+    VoiceActor &m_actor;
+    HomePlayer m_home;
+    /// Messages that came over the socket, and when. Shared, because the kit's session lives on.
+    const std::shared_ptr<std::map<QString, qint64>> m_arrivals = std::make_shared<std::map<QString, qint64>>();
 };
 
 } // namespace host

@@ -22,12 +22,14 @@ QByteArray answered(const QByteArray &line, const std::function<tl::expected<Ans
     return answer ? encodeJson(*answer) : encodeJson(Problem{answer.error()});
 }
 
-QByteArray perform(ChatPlayer &player, const QByteArray &line)
+QByteArray perform(HomePlayer &home, ChatPlayer &player, const QByteArray &line)
 {
     const QString what = QJsonDocument::fromJson(line).object()["do"_L1].toString();
     if (what == "open"_L1) {
-        return answered<PlainRequest, PlainAnswer>(
-            line, [&](const PlainRequest &) { return player.open().map([] { return PlainAnswer(); }); });
+        return answered<PlainRequest, PlainAnswer>(line, [&](const PlainRequest &) {
+            home.openKit();
+            return player.open().map([] { return PlainAnswer(); });
+        });
     }
     if (what == "lookBack"_L1) {
         return answered<PlainRequest, PlainAnswer>(line, [&](const PlainRequest &) {
@@ -52,8 +54,10 @@ int runDevice(const Options &options, Stage &stage, Room &room, const Device &de
         if (language)
             LanguageTranslation::shared().store(side, *language);
     }
-    ChatPlayer player(*options.device, stage, room, device, options.outputFolder);
-    const ParentLink link([&player](const QByteArray &line) { return perform(player, line); });
+    Props props(stage, room, device, options.outputFolder, u"recordings-"_s + options.device->word);
+    HomePlayer home(props);
+    ChatPlayer player(*options.device, props);
+    const ParentLink link([&](const QByteArray &line) { return perform(home, player, line); });
     if (options.headless)
         return QGuiApplication::exec();
     const int fromLeft = options.device->word == people().front().word ? 0 : 1;

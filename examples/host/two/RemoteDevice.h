@@ -7,9 +7,9 @@
 #include <memory>
 #include <tl/expected.hpp>
 
+#include "Person.h"
 #include "platform/json/Record.h"
 #include "two/DeviceProtocol.h"
-#include "two/Person.h"
 
 namespace host {
 

@@ -1,9 +1,10 @@
-#include "HeadlessRun.h"
+#include "TurnsRun.h"
 
 #include <QDir>
 #include <QTextStream>
 
-#include "VoiceActor.h"
+#include "ConversationPlayer.h"
+#include "HomePlayer.h"
 #include "language/LanguageTranslation.h"
 
 using namespace Qt::StringLiterals;
@@ -45,7 +46,7 @@ std::vector<Plan> planOf(const Options &options)
         for (const RecordedTurn &turn : options.turns)
             plan.push_back({turn.side, options.speaker, options.listener, turn.wavFile, {}});
     } else {
-        Side side = Side::Speaker;
+        Side side = Side::Speaker; // both languages apply to the first; afterwards they are set already
         for (const char *id : conversation) {
             plan.push_back({side, options.speaker, options.listener, {}, id});
             side = otherSide(side);
@@ -57,12 +58,12 @@ std::vector<Plan> planOf(const Options &options)
 /// Plays the turns of one run.
 class Run {
 public:
-    Run(const Options &options, Stage &stage, Room &room, const std::function<void()> &holdTranslation)
+    Run(const Options &options, Stage &stage, Room &room, const Device &device)
         : m_options(options)
-        , m_holdTranslation(holdTranslation)
         , m_folder(options.outputFolder)
-        , m_player(stage, room, options.outputFolder)
-        , m_actor(room, m_folder.filePath(u"recordings"_s))
+        , m_props(stage, room, device, options.outputFolder, u"recordings"_s)
+        , m_home(m_props)
+        , m_player(m_props)
     {
     }
 
@@ -70,31 +71,17 @@ public:
     {
         if (!m_folder.mkpath(u"recordings"_s))
             return tl::unexpected(u"The folder %1 cannot be made."_s.arg(m_folder.path()));
-        m_player.openScreen();
-        auto outcome = setUp().and_then([&] { return playAll(); });
-        m_player.closeScreen();
+        m_home.openKit();
+        m_home.openConversation();
+        if (auto opened = m_props.hand.outcome(); !opened)
+            return opened;
+        auto outcome = playAll();
         if (!writeTranscript(m_folder.path(), m_turns))
             return tl::unexpected(u"The transcript cannot be written into %1."_s.arg(m_folder.path()));
         return outcome;
     }
 
 private:
-    tl::expected<void, QString> setUp()
-    {
-        for (const auto &[side, language] :
-             {std::pair{Side::Speaker, m_options.speaker}, std::pair{Side::Listener, m_options.listener}}) {
-            if (!language)
-                continue;
-            if (auto chosen = m_player.chooseLanguage(side, *language); !chosen)
-                return chosen;
-        }
-        if (m_options.allPairs || !m_options.turns.empty())
-            return {};
-        return recordingOf(conversation.front(), Side::Speaker).and_then([&](const QString &file) {
-            return m_player.takePicturesOfEveryState(file, m_holdTranslation);
-        });
-    }
-
     tl::expected<void, QString> playAll()
     {
         const std::vector<Plan> plan = planOf(m_options);
@@ -119,13 +106,17 @@ private:
             if (auto chosen = m_player.chooseLanguage(side, *language); !chosen)
                 return chosen;
         }
-        const auto file = step.wavFile.isEmpty() ? recordingOf(step.phraseId, step.side)
-                                                 : tl::expected<QString, QString>(step.wavFile);
+        const auto file =
+            step.wavFile.isEmpty()
+                ? m_props.actor.recording(step.phraseId, LanguageTranslation::shared().language(step.side))
+                : tl::expected<QString, QString>(step.wavFile);
         if (!file)
             return tl::unexpected(file.error());
         const auto turn = m_player.playTurn(step.side, *file, u"turn-%1"_s.arg(++m_played, 2, 10, QChar(u'0')));
         if (!turn)
             return tl::unexpected(turn.error());
+        if (const auto taken = m_props.album.taken(); !taken)
+            return tl::unexpected(taken.error());
         m_turns.push_back(*turn);
         say(u"%1 > %2   %3   >   %4   (%5 ms, %6 ms)"_s.arg(turn->from, turn->to, turn->recognised, turn->translated)
                 .arg(turn->recognisedMs)
@@ -133,29 +124,22 @@ private:
         return {};
     }
 
-    /// The recording of a sentence in the language of a side.
-    tl::expected<QString, QString> recordingOf(const std::string &phraseId, Side side)
-    {
-        return m_actor.recording(phraseId, LanguageTranslation::shared().language(side));
-    }
-
     static void say(const QString &line) { QTextStream(stderr) << line << Qt::endl; }
 
     const Options &m_options;
-    const std::function<void()> &m_holdTranslation;
     const QDir m_folder;
+    Props m_props;
+    HomePlayer m_home;
     ConversationPlayer m_player;
-    VoiceActor m_actor;
     std::vector<TurnRecord> m_turns;
     int m_played = 0;
 };
 
 } // namespace
 
-tl::expected<void, QString> runHeadless(const Options &options, Stage &stage, Room &room,
-                                        const std::function<void()> &holdTranslation)
+tl::expected<void, QString> runTurns(const Options &options, Stage &stage, Room &room, const Device &device)
 {
-    return Run(options, stage, room, holdTranslation).play();
+    return Run(options, stage, room, device).play();
 }
 
 } // namespace host

@@ -1,4 +1,4 @@
-#include "two/Person.h"
+#include "Person.h"
 
 #include <algorithm>
 

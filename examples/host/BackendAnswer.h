@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <tl/expected.hpp>
+
+#include "Waiting.h"
+#include "api/VLApiManager.h"
+
+namespace host {
+
+/// What the backend answers to a call, waited for.
+template<typename Answer>
+tl::expected<Answer, QString> answerTo(const std::function<void(vynlex::VLApiCompletion<Answer>)> &call)
+{
+    struct Outcome {
+        bool isKnown = false;
+        tl::expected<Answer, QString> answer = tl::unexpected(QStringLiteral("the backend does not answer."));
+    };
+    // Shared, because the answer may come after we have gone.
+    const auto outcome = std::make_shared<Outcome>();
+    call([outcome](const vynlex::VLApiResult<Answer> &answer) {
+        outcome->isKnown = true;
+        if (answer)
+            outcome->answer = *answer;
+        else
+            outcome->answer = tl::unexpected(answer.error().errorMessage().trimmed());
+    });
+    waitUntil([&] { return outcome->isKnown; }, serviceLimit);
+    return outcome->answer;
+}
+
+} // namespace host
