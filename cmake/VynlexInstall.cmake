@@ -38,7 +38,7 @@ install(FILES ${generated}/VynlexTranslationSDK.pc DESTINATION ${pkgconfig_dir} 
 
 # For qmllint and editors alone: engines find the module in the library.
 install(FILES
-    ${CMAKE_BINARY_DIR}/qml/VynlexTranslationSDK/qmldir
-    ${CMAKE_BINARY_DIR}/qml/VynlexTranslationSDK/entry.qmltypes
+    ${PROJECT_BINARY_DIR}/qml/VynlexTranslationSDK/qmldir
+    ${PROJECT_BINARY_DIR}/qml/VynlexTranslationSDK/entry.qmltypes
     DESTINATION ${qml_dir}/VynlexTranslationSDK
     COMPONENT development)

@@ -2,7 +2,7 @@
 # target: each target's public include directory holds nothing but a link to its own folder, so an include against the
 # arrows does not compile.
 
-set(VYNLEX_INCLUDE_ROOTS ${CMAKE_BINARY_DIR}/include-roots)
+set(VYNLEX_INCLUDE_ROOTS ${PROJECT_BINARY_DIR}/include-roots)
 
 add_library(vynlex_warnings INTERFACE)
 target_compile_options(vynlex_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual)
@@ -19,15 +19,17 @@ endif()
 
 include(VynlexPrecompiled)
 
-# vynlex_add_folder(<target> FOLDER <path below ROOT> [ROOT <folder of the project; "src" unless told, "." for the top>]
+# vynlex_add_folder(<name> FOLDER <path below ROOT> [ROOT <folder of the project; "src" unless told, "." for the top>]
 #                   SOURCES <files> [PUBLIC <targets>] [PRIVATE <targets>])
-# Headers are included as "<FOLDER>/Name.h". The alias is vynlex::<target>.
-function(vynlex_add_folder target)
+# Headers are included as "<FOLDER>/Name.h". Others link vynlex::<name>. The target itself is vynlex_<name>, since a host that takes the
+# kit in by add_subdirectory may well have an "api" of its own, and targets share one space of names.
+function(vynlex_add_folder name)
     cmake_parse_arguments(ARG "" "FOLDER;ROOT" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
     if(NOT ARG_ROOT)
         set(ARG_ROOT src)
     endif()
-    set(root ${VYNLEX_INCLUDE_ROOTS}/${target})
+    set(target vynlex_${name})
+    set(root ${VYNLEX_INCLUDE_ROOTS}/${name})
     cmake_path(GET ARG_FOLDER PARENT_PATH parent)
     file(MAKE_DIRECTORY ${root}/${parent})
     if(NOT EXISTS ${root}/${ARG_FOLDER})
@@ -35,7 +37,7 @@ function(vynlex_add_folder target)
     endif()
 
     add_library(${target} STATIC ${ARG_SOURCES})
-    add_library(vynlex::${target} ALIAS ${target})
+    add_library(vynlex::${name} ALIAS ${target})
     target_include_directories(${target} PUBLIC ${root})
     target_link_libraries(${target} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} vynlex_warnings)
     if(ARG_ROOT STREQUAL "src")

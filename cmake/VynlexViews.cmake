@@ -1,17 +1,19 @@
-# vynlex_add_views(<target> URI <module> VIEWS <qml files> [SINGLETONS <qml files>] [DEPENDS <modules>])
-# Makes <target>, a folder of the kit, a QML module: its QML_ELEMENT types and its views, compiled into the library under a path
+# vynlex_add_views(<name> URI <module> VIEWS <qml files> [SINGLETONS <qml files>] [DEPENDS <modules>])
+# Makes a folder of the kit a QML module: its QML_ELEMENT types and its views, compiled into the library under a path
 # that every host's engine searches unasked. A program that links the folder has the module; it needs no plugin.
-function(vynlex_add_views target)
+function(vynlex_add_views name)
     cmake_parse_arguments(ARG "" "URI" "VIEWS;SINGLETONS;DEPENDS" ${ARGN})
+    set(target vynlex_${name})
     string(REPLACE "." "/" path ${ARG_URI})
     set_source_files_properties(${ARG_SINGLETONS} PROPERTIES QT_QML_SINGLETON_TYPE TRUE)
     qt_add_qml_module(${target}
         URI ${ARG_URI}
         VERSION 1.0
         NO_PLUGIN
+        TYPEINFO ${name}.qmltypes
         RESOURCE_PREFIX /qt-project.org/imports
-        OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/qml/${path}
-        IMPORT_PATH ${CMAKE_BINARY_DIR}/qml
+        OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/qml/${path}
+        IMPORT_PATH ${PROJECT_BINARY_DIR}/qml
         DEPENDENCIES QtQuick ${ARG_DEPENDS}
         QML_FILES ${ARG_SINGLETONS} ${ARG_VIEWS})
     list(TRANSFORM ARG_SINGLETONS PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
