@@ -6,7 +6,8 @@
 #include <QSslCertificate>
 #include <QSslConfiguration>
 
-#include <optional>
+#include <mutex>
+#include <utility>
 
 #include <openssl/ssl.h>
 #include <openssl/x509v3.h>
@@ -25,18 +26,6 @@ std::shared_ptr<X509_STORE> storeOf(const QList<QSslCertificate> &certificates)
             X509_STORE_add_cert(store.get(), parsed);
             X509_free(parsed);
         }
-    }
-    return store;
-}
-
-std::shared_ptr<X509_STORE> trustedAuthorities()
-{
-    static std::optional<QList<QSslCertificate>> known;
-    static std::shared_ptr<X509_STORE> store;
-    const QList<QSslCertificate> chosen = QSslConfiguration::defaultConfiguration().caCertificates();
-    if (!known || *known != chosen) {
-        store = storeOf(chosen.isEmpty() ? QSslConfiguration::systemCaCertificates() : chosen);
-        known = chosen;
     }
     return store;
 }
@@ -67,18 +56,53 @@ ProxyRoute proxyFor(const QUrl &url)
 
 } // namespace
 
+/// In the form that OpenSSL uses, from the moment on when a connection needs it: the system's are a lot to read, and
+/// the main thread, which alone knows what was chosen, has no use for them.
+class ConnectionPolicy::Authorities {
+public:
+    explicit Authorities(QList<QSslCertificate> chosen)
+        : m_chosen(std::move(chosen))
+    {
+    }
+
+    /// Those of what the application has chosen, which may be nothing: one object until that changes. Main thread.
+    static std::shared_ptr<Authorities> current()
+    {
+        static std::shared_ptr<Authorities> known;
+        const QList<QSslCertificate> chosen = QSslConfiguration::defaultConfiguration().caCertificates();
+        if (!known || known->m_chosen != chosen)
+            known = std::make_shared<Authorities>(chosen);
+        return known;
+    }
+
+    /// Any thread.
+    X509_STORE *store()
+    {
+        std::call_once(m_read, [this] {
+            m_store = storeOf(m_chosen.isEmpty() ? QSslConfiguration::systemCaCertificates() : m_chosen);
+        });
+        return m_store.get();
+    }
+
+private:
+    const QList<QSslCertificate> m_chosen;
+    std::once_flag m_read;
+    std::shared_ptr<X509_STORE> m_store;
+};
+
 ConnectionPolicy ConnectionPolicy::current(const QUrl &url)
 {
     ConnectionPolicy policy;
-    policy.m_authorities = trustedAuthorities();
+    policy.m_authorities = Authorities::current();
     policy.m_proxy = proxyFor(url);
     return policy;
 }
 
 bool ConnectionPolicy::applyTo(ssl_ctx_st *context, const QByteArray &host) const
 {
-    X509_STORE_up_ref(m_authorities.get());
-    SSL_CTX_set_cert_store(context, m_authorities.get());
+    X509_STORE *const authorities = m_authorities->store();
+    X509_STORE_up_ref(authorities);
+    SSL_CTX_set_cert_store(context, authorities);
     SSL_CTX_set_min_proto_version(context, TLS1_2_VERSION);
     SSL_CTX_set_security_level(context, 2);
     SSL_CTX_set_verify(context, SSL_VERIFY_PEER, nullptr);

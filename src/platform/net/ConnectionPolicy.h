@@ -7,9 +7,8 @@
 #include <cstdint>
 #include <memory>
 
-// OpenSSL's own names for these, so that this header needs none of its headers.
+// OpenSSL's own name, so that this header needs none of its headers.
 struct ssl_ctx_st;
-struct x509_store_st;
 
 namespace vynlex {
 
@@ -35,19 +34,21 @@ struct ProxyRoute {
 /// loopback address never takes a proxy.
 class ConnectionPolicy {
 public:
-    /// What counts now. Main thread: a host's proxy factory expects no other. The first call may read the system's
-    /// authorities (some 100 ms); later ones cost microseconds until the default configuration changes.
+    /// What counts now. Main thread: a host's proxy factory expects no other. Costs microseconds; the authorities are
+    /// read when a connection first asks for them.
     [[nodiscard]] static ConnectionPolicy current(const QUrl &url);
 
     [[nodiscard]] const ProxyRoute &proxy() const { return m_proxy; }
 
     /// Prepares a client's TLS context: TLS 1.2 or later, security level 2 (no key under 112 bits of strength, no
     /// SHA-1), the trusted authorities and no other, and a certificate whose subject alternative names `host` (a name
-    /// or an address); a common name counts for nothing. False when `host` cannot be checked. Any thread.
+    /// or an address); a common name counts for nothing. False when `host` cannot be checked. Any thread; the first
+    /// call may read the system's authorities (some 100 ms), and others wait for it.
     [[nodiscard]] bool applyTo(ssl_ctx_st *context, const QByteArray &host) const;
 
 private:
-    std::shared_ptr<x509_store_st> m_authorities;
+    class Authorities;
+    std::shared_ptr<Authorities> m_authorities;
     ProxyRoute m_proxy;
 };
 
