@@ -11,7 +11,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
 endif()
 if(CMAKE_UNITY_BUILD)
     # Files compiled as one see each other's names, and the compiler takes them all for headers.
-    target_compile_options(vynlex_warnings INTERFACE -Wno-shadow -Wno-subobject-linkage)
+    target_compile_options(vynlex_warnings INTERFACE -Wno-shadow $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
 endif()
 if(VYNLEX_WARNINGS_AS_ERRORS)
     target_compile_options(vynlex_warnings INTERFACE -Werror)

@@ -3,6 +3,7 @@
 #include "platform/json/JsonText.h"
 #include "platform/json/JsonView.h"
 #include "platform/json/Record.h"
+#include "tests/platform/json/SameJson.h"
 
 using namespace Qt::StringLiterals;
 using namespace vynlex;
@@ -43,41 +44,6 @@ struct Strict {
     Colour colour = Colour::green;
     std::optional<QDateTime> date;
 };
-
-/// Whether Qt's parser and the tree, two libraries, have read the same. Keys are ASCII.
-bool same(const QJsonValue &qt, const JsonView &seen)
-{
-    switch (qt.type()) {
-    case QJsonValue::Null:
-        return seen.isNull();
-    case QJsonValue::Bool:
-        return seen.flag() == qt.toBool();
-    case QJsonValue::Double: {
-        const bool isInteger = qt.toInteger(0) == qt.toInteger(1);
-        return seen.number() == qt.toDouble() &&
-               seen.integer() == (isInteger ? std::optional(qt.toInteger()) : std::nullopt);
-    }
-    case QJsonValue::String:
-        return seen.text() == qt.toString();
-    case QJsonValue::Array: {
-        const QJsonArray array = qt.toArray();
-        JsonElements elements(seen);
-        return seen.isArray() && elements.expected() == static_cast<std::size_t>(array.size()) &&
-               std::ranges::all_of(array, [&](const auto &element) { return same(element, *elements.next()); }) &&
-               !elements.next();
-    }
-    case QJsonValue::Object: {
-        const QJsonObject object = qt.toObject();
-        return seen.isObject() && std::ranges::all_of(object.keys(), [&](const QString &key) {
-                   const QByteArray latin1 = key.toLatin1();
-                   return same(object.value(key), seen.find(QLatin1StringView(latin1)));
-               });
-    }
-    case QJsonValue::Undefined:
-        break;
-    }
-    return seen.isMissing();
-}
 
 QByteArray nested(int depth, const QByteArray &innermost)
 {

@@ -50,17 +50,22 @@ Frame readFrame(Peer &peer)
     return result;
 }
 
-QByteArray upgrade(Peer &peer)
+QByteArray acceptKey(const QByteArray &head)
 {
-    const QByteArray head = peer.readHead();
     const QByteArray name = "Sec-WebSocket-Key: ";
     const qsizetype key = head.indexOf(name) + name.size();
     const QByteArray sum = QCryptographicHash::hash(head.mid(key, head.indexOf("\r\n", key) - key) +
                                                         "258EAFA5-E914-47DA-95CA-C5AB0DC85B11",
                                                     QCryptographicHash::Sha1);
+    return sum.toBase64();
+}
+
+QByteArray upgrade(Peer &peer)
+{
+    const QByteArray head = peer.readHead();
     peer.write("HTTP/1.1 101 Switching Protocols\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
                "Sec-WebSocket-Accept: " +
-               sum.toBase64() + "\r\nX-Served-By: test\r\n\r\n");
+               acceptKey(head) + "\r\nX-Served-By: test\r\n\r\n");
     return head;
 }
 

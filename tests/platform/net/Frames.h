@@ -21,6 +21,9 @@ QByteArray frame(int opcode, const QByteArray &payload, bool last = true);
 QByteArray closeFrame(std::uint16_t code, const QByteArray &reason = {});
 Frame readFrame(Peer &peer);
 
+/// What accepts the upgrade that the request's head asks for.
+QByteArray acceptKey(const QByteArray &head);
+
 /// Reads the request and accepts it; returns the request's head.
 QByteArray upgrade(Peer &peer);
 
