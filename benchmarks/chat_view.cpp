@@ -1,14 +1,17 @@
-// The chat screen as it is seen, drawn by the software renderer at 390 x 844 points: from a frame of the socket to its
-// row painted, and the pictures of a page of 150 messages being scrolled from end to end.
+// The chat screen as it is seen, drawn by the software renderer at 390 x 844 points: a chat being opened, from a frame
+// of the socket to its row painted, and the pictures of a page being scrolled; beside a bare list view.
 
+#include <QDateTime>
 #include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QQuickItem>
-#include <QTextStream>
-
 #include <algorithm>
+#include <map>
 #include <vector>
 
+#include "benchmarks/BareList.h"
+#include "benchmarks/Figures.h"
+#include "benchmarks/Scrolling.h"
 #include "chat/SocketManager.h"
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/Patience.h"
@@ -23,31 +26,16 @@ constexpr int page = 150; ///< What is fetched of a chat.
 constexpr int received = 300;
 constexpr double step = 40; ///< Points a frame: a quick flick.
 
+const QString historic =
+    u"{\"_id\":\"m%1\",\"threadId\":\"thread\",\"type\":\"message\",\"createdBy\":\"me\",\"creatorsName\":\"Asha\","
+    "\"creatorsLName\":\"Patel\",\"cOn\":\"%2.000+0000\",\"messageComponent\":{\"text\":\"hi-IN## मुझे दो रातों के लिए एक "
+    "कमरा "
+    "चाहिए। मुझे दो रातों के लिए एक कमरा चाहिए।\",\"attachments\":[]}}"_s;
+
 const QString frame =
     u"{\"event\":\"chatMessage\",\"data\":{\"_id\":\"r%1\",\"threadId\":\"thread\",\"type\":\"message\","
     "\"createdBy\":\"them\",\"creatorsName\":\"Asha\",\"creatorsLName\":\"Patel\","
     "\"cOn\":\"2026-01-31T%2.000+0000\",\"messageComponent\":{\"text\":\"hi-IN## कृपया, रेलवे स्टेशन कहाँ है?\"}}}"_s;
-
-double percentile(std::vector<double> values, double share)
-{
-    std::ranges::sort(values);
-    return values.at(static_cast<std::size_t>(share * static_cast<double>(values.size() - 1)));
-}
-
-void print(const char *what, const std::vector<double> &ms)
-{
-    QTextStream(stdout) << what << ": median " << percentile(ms, 0.5) << " ms, 95th percentile " << percentile(ms, 0.95)
-                        << " ms, longest " << percentile(ms, 1) << " ms" << Qt::endl;
-}
-
-QQuickItem *listOf(const ChatStage &stage)
-{
-    for (QQuickItem *item : stage.probe.named(u"Messages"_s)->childItems()) {
-        if (item->inherits("QQuickListView"))
-            return item;
-    }
-    return nullptr;
-}
 
 /// Empty when a message does not arrive or its row is not in sight when it should be.
 std::vector<double> receive(ChatStage &stage)
@@ -63,7 +51,7 @@ std::vector<double> receive(ChatStage &stage)
 
     int frames = 0;
     QObject::connect(&stage.window, &QQuickWindow::frameSwapped, &stage.window, [&frames] { ++frames; });
-    const QQuickItem *const list = listOf(stage);
+    const QQuickItem *const list = listIn(*stage.window.contentItem());
     std::vector<double> ms;
     QElapsedTimer timer;
     for (int number = 0; number < received; ++number) {
@@ -83,27 +71,31 @@ std::vector<double> receive(ChatStage &stage)
     return ms;
 }
 
-std::vector<double> scroll(ChatStage &stage)
+/// As the backend sends them: half a kilobyte a message, newest first.
+QByteArray pageOf(int messages)
 {
-    QQuickItem *const list = listOf(stage);
-    std::vector<double> ms;
-    QElapsedTimer timer;
-    while (!list->property("atYBeginning").toBool()) {
-        timer.start();
-        list->setProperty("contentY", list->property("contentY").toDouble() - step);
-        static_cast<void>(stage.window.grabWindow());
-        ms.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
-    }
-    return ms;
+    QByteArrayList records;
+    for (int number = messages - 1; number >= 0; --number)
+        records << historic.arg(number)
+                       .arg(QDateTime({2026, 1, 1}, {}, Qt::UTC).addSecs(60 * number).toString(Qt::ISODate).chopped(1))
+                       .toUtf8();
+    return "{\"messages\":[" + records.join(',') + "]}";
 }
 
-/// From the backend's answer to the newest message drawn.
-double open(ChatStage &stage)
+/// From the backend's answer to the newest message drawn. Negative when the answer is not taken.
+double open(ChatStage &stage, const QByteArray &answer, int messages)
 {
+    stage.open(u"Asha Rao"_s);
+    static_cast<void>(stage.window.grabWindow()); // the empty screen, which is seen meanwhile
+    const QQuickItem *const list = listIn(*stage.window.contentItem());
+    const int thread = stage.platform.network->requestCount() - 1;
+    if (!stage.platform.network->answer(thread, 200, R"({"_id":"thread"})"))
+        return -1;
     QElapsedTimer timer;
     timer.start();
-    stage.load(page);
-    while (!stage.isInSight(ChatStage::playName(page - 1)))
+    if (!stage.platform.network->answer(thread + 1, 200, answer))
+        return -1;
+    while (list->property("count").toInt() < messages || !list->property("atYEnd").toBool())
         QCoreApplication::processEvents();
     static_cast<void>(stage.window.grabWindow());
     return static_cast<double>(timer.nsecsElapsed()) / 1e6;
@@ -116,20 +108,41 @@ int main(int argc, char **argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_QUICK_BACKEND", "software");
     QGuiApplication application(argc, argv);
-    double opening = 0;
+    const Figures figures(argc, argv);
+    const std::pair<int, int> openings[] = {{150, 15}, {1500, 9}, {15'000, 5}}; // messages, how often
+    std::map<int, std::vector<double>> opening;
+    std::map<int, std::vector<double>> showing;
     std::vector<double> receiving;
     std::vector<double> scrolling;
+    std::vector<double> bareScrolling;
     {
         const CapturedConsole console; // what the kit prints would be drawn by nobody
+        BareList bare;
         ChatStage stage(deviceShapes().front());
-        opening = open(stage);
+        for (const auto &[messages, times] : openings) {
+            const QByteArray answer = pageOf(messages);
+            for (int time = 0; time < times; ++time) { // by turns, so that both see the same machine
+                opening[messages].push_back(open(stage, answer, messages));
+                QElapsedTimer timer;
+                timer.start();
+                bare.show(messages, BareList::From::Last);
+                showing[messages].push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
+            }
+        }
+        open(stage, pageOf(page), page);
         receiving = receive(stage);
-        scrolling = scroll(stage);
+        scrolling = scroll(stage.window, *listIn(*stage.window.contentItem()), -step, 1000);
+        bareScrolling = scroll(bare.window, *bare.list, -step, static_cast<int>(scrolling.size()));
     }
-    if (receiving.empty())
+    if (receiving.empty() || std::ranges::min(opening[page]) < 0)
         return EXIT_FAILURE;
-    QTextStream(stdout) << "opening a page of messages: " << opening << " ms" << Qt::endl;
-    print("from the socket's frame to its row", receiving);
-    print("a picture while scrolling", scrolling);
+    for (const auto &[messages, times] : openings) {
+        const QByteArray number = QByteArray::number(messages);
+        figures.print("opening a chat of " + number, opening[messages]);
+        figures.print("a list view of " + number, showing[messages]);
+    }
+    figures.print("from the socket's frame to its row", receiving);
+    figures.print("a picture while scrolling", scrolling);
+    figures.print("a picture of the list view while scrolling", bareScrolling);
     return EXIT_SUCCESS;
 }

@@ -61,7 +61,7 @@ void makeReady(benchmark::State &state)
         benchmark::DoNotOptimize(UserList(users));
 }
 
-const std::vector<std::int64_t> sizes{10'000, 100'000};
+const std::vector<std::int64_t> sizes{1000, 10'000, 100'000};
 
 } // namespace
 

@@ -3,11 +3,9 @@
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
-#include <QTextStream>
-
-#include <algorithm>
 #include <vector>
 
+#include "benchmarks/Figures.h"
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/views/ConversationStage.h"
 
@@ -18,12 +16,6 @@ namespace {
 
 constexpr int turns = 300;
 
-double percentile(std::vector<double> values, double share)
-{
-    std::ranges::sort(values);
-    return values.at(static_cast<std::size_t>(share * static_cast<double>(values.size() - 1)));
-}
-
 } // namespace
 
 int main(int argc, char **argv)
@@ -31,6 +23,7 @@ int main(int argc, char **argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_QUICK_BACKEND", "software");
     QGuiApplication application(argc, argv);
+    const Figures figures(argc, argv);
     ConversationStage stage(deviceShapes().front());
 
     std::vector<double> turnMs;
@@ -54,9 +47,7 @@ int main(int argc, char **argv)
             drawingMs.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
         }
     }
-    QTextStream(stdout) << "turn, painting included: median " << percentile(turnMs, 0.5) << " ms, 95th percentile "
-                        << percentile(turnMs, 0.95) << " ms\n"
-                        << "drawing the same picture: median " << percentile(drawingMs, 0.5) << " ms, 95th percentile "
-                        << percentile(drawingMs, 0.95) << " ms" << Qt::endl;
+    figures.print("turn, painting included", turnMs);
+    figures.print("drawing the same picture", drawingMs);
     return EXIT_SUCCESS;
 }
