@@ -19,6 +19,10 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 # What the views load while they run: their QML modules, SVG pictures, and a face for each of the scripts.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS
     "qml6-module-qtquick, qml6-module-qtqml, qml6-module-qtqml-workerscript, libqt6svg6, fonts-noto-core")
+# What the kit loads where it is there: without it, it is refused the address book.
+if(VYNLEX_EBOOK_FOUND)
+    set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS libebook-1.2-21)
+endif()
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvynlextranslationsdk-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "qt6-base-dev, qt6-declarative-dev")

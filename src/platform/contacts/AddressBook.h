@@ -21,7 +21,7 @@ public:
 
 /// The one that this device has now: the vCard file that `VYNLEX_CONTACTS_FILE` names; without the variable, Evolution
 /// Data Server where the session bus knows it; else the file "contacts.vcf" in the user's data folder (on Linux
-/// `$XDG_DATA_HOME`), whether it exists or not. Null in a build without libebook. Blocks, for 10 s at most.
+/// `$XDG_DATA_HOME`), whether it exists or not. Null without libebook. Blocks, for 10 s at most.
 std::unique_ptr<AddressBook> currentAddressBook();
 
 } // namespace vynlex

@@ -22,7 +22,7 @@ tl::expected<void, QString> DeviceContactStore::enumerateContacts(const Visit &v
 {
     if (const auto book = currentAddressBook())
         return book->read(visit);
-    return tl::unexpected(QStringLiteral("This build reads no address book."));
+    return tl::unexpected(QStringLiteral("No address book can be read without libebook."));
 }
 
 } // namespace vynlex

@@ -12,6 +12,10 @@
 
 namespace vynlex {
 
+/// Whether libebook is installed, which is loaded with the first question. Its functions may be called only then. Any
+/// thread; the first call takes some 20 ms.
+bool isEbookThere();
+
 template<auto free> struct FreeWith {
     template<typename Thing> void operator()(Thing *thing) const { free(thing); }
 };

@@ -1,6 +1,7 @@
 #include <QStandardPaths>
 
 #include "platform/contacts/AddressBook.h"
+#include "platform/contacts/Ebook.h"
 #include "platform/contacts/EvolutionAddressBook.h"
 #include "platform/contacts/VCardFile.h"
 
@@ -8,6 +9,8 @@ namespace vynlex {
 
 std::unique_ptr<AddressBook> currentAddressBook()
 {
+    if (!isEbookThere())
+        return nullptr;
     // The user's, whichever application the kit is in.
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
     // A file that somebody names is what they want read.
