@@ -7,6 +7,7 @@
 #include "platform/dispatch/Console.h"
 #include "platform/dispatch/FatalError.h"
 #include "platform/net/CloudHosts.h"
+#include "platform/speech/SpeechFailure.h"
 #include "translation/TranslationResponse.h"
 
 using namespace Qt::StringLiterals;
@@ -34,15 +35,16 @@ HttpRequest translationRequest(const QString &text, const QString &targetCode,
     return request;
 }
 
-void printBody(const QByteArray &body)
+/// Whole, but for the key, should a server echo it.
+void printBody(const QByteArray &body, const QString &key)
 {
     QStringDecoder decoder(QStringDecoder::Utf8);
     const QString text = decoder(body);
     if (!decoder.hasError())
-        consoleLine("String data: "_L1 + text);
+        consoleLine("String data: "_L1 + withoutKey(text, key));
 }
 
-void handleResponse(const tl::expected<HttpResponse, TransportError> &outcome,
+void handleResponse(const tl::expected<HttpResponse, TransportError> &outcome, const QString &key,
                     const TextToTextViewModel::Completion &completion)
 {
     if (!outcome) {
@@ -54,7 +56,7 @@ void handleResponse(const tl::expected<HttpResponse, TransportError> &outcome,
         completion(tl::unexpected(TranslationError{u"TranslationErrorDomain"_s, 0, {}}));
         return;
     }
-    printBody(*outcome->body);
+    printBody(*outcome->body, key);
     const auto elements = decodeJson<std::vector<TranslationResponse>>(*outcome->body);
     if (!elements) {
         completion(tl::unexpected(TranslationError{u"DecodingErrorDomain"_s, 0, elements.error().message()}));
@@ -80,11 +82,11 @@ TextToTextViewModel::TextToTextViewModel()
 
 void TextToTextViewModel::translateText(const QString &text, const QString &targetCode, Completion completion)
 {
+    const auto &config = m_apiManager.translatedConfig;
     Platform::current()->httpSession->send(
-        translationRequest(text, targetCode, m_apiManager.translatedConfig),
-        [completion = std::move(completion)](const tl::expected<HttpResponse, TransportError> &outcome) {
-            handleResponse(outcome, completion);
-        });
+        translationRequest(text, targetCode, config),
+        [key = config ? config->textTranslationKey() : QString(), completion = std::move(completion)](
+            const tl::expected<HttpResponse, TransportError> &outcome) { handleResponse(outcome, key, completion); });
 }
 
 } // namespace vynlex

@@ -4,6 +4,7 @@
 #include "chat/ChatViewModel.h"
 #include "chat/WireText.h"
 #include "tests/fakes/Rows.h"
+#include "tests/fakes/Secrets.h"
 #include "tests/fakes/Suite.h"
 #include "tests/fakes/TestPlatform.h"
 
@@ -54,7 +55,7 @@ private slots:
     {
         m_platform = std::make_unique<TestPlatform>();
         m_api = std::make_unique<VLApiManager>();
-        m_api->setCredentials(u"me"_s, u"a.b.c"_s);
+        m_api->setCredentials(u"me"_s, secrets::jwt);
         m_model = std::make_unique<ChatViewModel>(*m_api);
         m_screen = std::make_shared<Screen>(*m_model);
         m_model->delegate = m_screen;

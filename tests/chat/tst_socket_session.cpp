@@ -4,6 +4,7 @@
 #include "chat/ChatViewModel.h"
 #include "chat/SocketManager.h"
 #include "tests/fakes/Rows.h"
+#include "tests/fakes/Secrets.h"
 #include "tests/fakes/Suite.h"
 #include "tests/fakes/TestPlatform.h"
 
@@ -14,7 +15,9 @@ using namespace vynlex;
 namespace {
 
 const QByteArray chatMessage =
-    R"({"event":"chatMessage","data":{"_id":"m1","threadId":"T1","createdBy":"asha","messageComponent":{"text":"hi"}}})";
+    QByteArray("{\"event\":\"chatMessage\",\"data\":{\"_id\":\"m1\",\"threadId\":\"T1\",\"createdBy\":\"asha\","
+               "\"messageComponent\":{\"text\":\"") +
+    secrets::chatText.data() + "\"}}}";
 
 /// "login", "amAlive" or, of an acknowledgement, "ack" and what it is for.
 QString describe(const QByteArray &request)
@@ -58,7 +61,7 @@ private slots:
     void whatIsReceived()
     {
         using Response = SocketResponse<VLChatMessage>;
-        QCOMPARE(decodeJson<Response>(chatMessage)->data.messageText, u"hi"_s);
+        QCOMPARE(decodeJson<Response>(chatMessage)->data.messageText, secrets::chatText);
         QCOMPARE(decodeJson<Response>("{\"event\":\"chatThreadAddOrEdit\",\"data\":{\"_id\":\"m\",\"threadId\":\"T\"}}")
                      ->event,
                  SocketEvent::chatThread);
@@ -75,7 +78,7 @@ private slots:
     {
         m_session.reset();
         m_platform = std::make_unique<TestPlatform>();
-        m_session = std::make_unique<VLWebSocketManager>(VLApiServer::staging, u"a.b.c"_s);
+        m_session = std::make_unique<VLWebSocketManager>(VLApiServer::staging, secrets::jwt);
         m_session->isConnectedToNetwork = true;
         m_session->isUserJoinedMeeting = true;
     }
@@ -87,7 +90,7 @@ private slots:
         chat.receivedID = u"asha"_s;
         SocketManager holder(chat);
         holder.start(); // without a session
-        holder.webSocketManager = std::make_unique<VLWebSocketManager>(VLApiServer::demo, u"a.b.c"_s);
+        holder.webSocketManager = std::make_unique<VLWebSocketManager>(VLApiServer::demo, secrets::jwt);
         holder.start();
         QVERIFY(holder.webSocketManager->isStartedManually);
         settle();
@@ -98,7 +101,7 @@ private slots:
         settle();
         QCOMPARE(server().takeSent(),
                  (std::vector<FakeSocketMessage>{
-                     {FakeSocketMessage::Kind::Binary, encodeJson<SocketRequest>(LoginSocketRequest(u"a.b.c"_s))}}));
+                     {FakeSocketMessage::Kind::Binary, encodeJson<SocketRequest>(LoginSocketRequest(secrets::jwt))}}));
         server().text(chatMessage);
         settle();
         QCOMPARE(chat.aryMessages.size(), 1U);

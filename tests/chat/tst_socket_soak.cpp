@@ -7,6 +7,7 @@
 #include "chat/VLWebSocketManager.h"
 #include "tests/chat/LoopbackSockets.h"
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Secrets.h"
 #include "tests/fakes/Suite.h"
 #include "tests/fakes/TestPlatform.h"
 #include "tests/platform/net/Frames.h"
@@ -28,7 +29,7 @@ private slots:
         platform.socketWorker = std::make_shared<LoopbackSockets>(server.port());
         Platform::install(std::move(platform));
 
-        VLWebSocketManager session(VLApiServer::demo, u"a.b.c"_s);
+        VLWebSocketManager session(VLApiServer::demo, secrets::jwt);
         session.isConnectedToNetwork = true;
         session.isUserJoinedMeeting = true;
         int heard = 0;

@@ -8,6 +8,7 @@
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/Patience.h"
 #include "tests/fakes/Rows.h"
+#include "tests/fakes/Secrets.h"
 #include "tests/fakes/Suite.h"
 #include "tests/fakes/TestPlatform.h"
 
@@ -83,7 +84,7 @@ private slots:
     {
         m_platform = std::make_unique<TestPlatform>();
         m_api = std::make_unique<VLApiManager>();
-        m_api->translatedConfig = VLTranslationConfig(u"speech-key"_s, u"testregion"_s, u"text-key"_s);
+        m_api->translatedConfig = VLTranslationConfig(secrets::speechKey, u"testregion"_s, secrets::translationKey);
         m_languages = std::make_unique<LanguageTranslation>(m_platform->userDefaults);
         m_root = std::make_shared<ViewController>();
         openScreen();

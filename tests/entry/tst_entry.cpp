@@ -7,6 +7,7 @@
 #include "screens/HomeVC.h"
 #include "tests/fakes/Patience.h"
 #include "tests/fakes/Rows.h"
+#include "tests/fakes/Secrets.h"
 #include "tests/fakes/TestPlatform.h"
 
 #include <QQmlComponent>
@@ -145,9 +146,9 @@ private slots:
         host.open();
         settle();
         QVERIFY(!asksForCalls(0));
-        answerToken("a.b.c");
+        answerToken(secrets::jwt.data());
         TRY_VERIFY(asksForCalls(0));
-        QCOMPARE(VLApiManager::shared().currentJWT, u"a.b.c"_s);
+        QCOMPARE(VLApiManager::shared().currentJWT, secrets::jwt);
     }
 
     void anAnswerForAScreenThatNobodyHoldsIsDropped()
@@ -162,7 +163,7 @@ private slots:
         host.press(Qt::Key_Escape);
         delete host.view();
         TRY_VERIFY(container.expired());
-        answerToken("a.b.c");
+        answerToken(secrets::jwt.data());
         settle();
         QCOMPARE(VLApiManager::shared().currentJWT, u"next user"_s);
         QVERIFY(!asksForCalls(before));

@@ -11,6 +11,9 @@
 #include <array>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
+
+#include "tests/fakes/Secrets.h"
 
 namespace vynlex {
 namespace {
@@ -28,6 +31,15 @@ QByteArray contents(int file)
     }
 }
 
+/// What is captured shows in no log, so it is looked through here.
+void requireNoSecrets(const QByteArray &output)
+{
+    if (!secrets::areShownIn(output))
+        return;
+    std::fprintf(stderr, "A secret has been written: %s\n", output.constData());
+    std::_Exit(EXIT_FAILURE); // at once: qFatal would have Qt Test look for a stack trace
+}
+
 } // namespace
 
 CapturedConsole::CapturedConsole()
@@ -43,6 +55,7 @@ CapturedConsole::~CapturedConsole()
     std::fflush(stdout);
     dup2(m_savedStdout, STDOUT_FILENO);
     close(m_savedStdout);
+    requireNoSecrets(contents(m_file));
     close(m_file);
 }
 
@@ -71,6 +84,7 @@ QString fatalErrorOf(const std::function<void()> &body)
     waitpid(child, &status, 0);
     const QByteArray text = contents(file);
     close(file);
+    requireNoSecrets(text);
     if (!WIFSIGNALED(status) || WTERMSIG(status) != SIGABRT || !text.startsWith("Fatal error: "))
         return {};
     return QString::fromUtf8(text).trimmed();

@@ -8,7 +8,8 @@ namespace vynlex {
 
 /// Collects what the process writes to standard output while this object lives, and passes nothing on.
 ///
-/// Works on the file descriptor, so that lines from every thread and every library are seen. One at a time.
+/// Works on the file descriptor, so that lines from every thread and every library are seen. One at a time. A secret of
+/// the tests (Secrets.h) in them ends the test program.
 class CapturedConsole {
 public:
     CapturedConsole();

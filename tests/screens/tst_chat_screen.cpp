@@ -6,6 +6,7 @@
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/Patience.h"
 #include "tests/fakes/Rows.h"
+#include "tests/fakes/Secrets.h"
 #include "tests/fakes/Suite.h"
 #include "tests/fakes/TestPlatform.h"
 
@@ -126,8 +127,8 @@ private slots:
     {
         m_platform = std::make_unique<TestPlatform>();
         m_api = std::make_unique<VLApiManager>();
-        m_api->setCredentials(u"me"_s, u"a.b.c"_s);
-        m_api->translatedConfig = VLTranslationConfig(u"speech-key"_s, u"testregion"_s, u"text-key"_s);
+        m_api->setCredentials(u"me"_s, secrets::jwt);
+        m_api->translatedConfig = VLTranslationConfig(secrets::speechKey, u"testregion"_s, secrets::translationKey);
         m_languages = std::make_unique<LanguageTranslation>(m_platform->userDefaults);
         m_model = std::make_unique<ChatViewModel>(*m_api);
         openScreen();
@@ -361,7 +362,7 @@ private slots:
     {
         addRows<QString, QString, QString>({
             {"Hindi", u"hi-IN## नमस्ते"_s, u"hi-IN-SwaraNeural"_s, u" नमस्ते"_s},
-            {"without a mark", u"Hello."_s, u"en-US-AriaNeural"_s, u"Hello."_s},
+            {"without a mark", secrets::chatText, u"en-US-AriaNeural"_s, secrets::chatText},
         });
     }
     void aMessageIsReadInTheVoiceOfItsLanguage()

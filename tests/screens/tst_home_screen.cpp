@@ -10,6 +10,7 @@
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/Patience.h"
 #include "tests/fakes/Rows.h"
+#include "tests/fakes/Secrets.h"
 #include "tests/fakes/Suite.h"
 #include "tests/fakes/TestPlatform.h"
 
@@ -28,7 +29,7 @@ const QString recents = u"/api/calls"_s;
 const QString users = u"/api/contacts/all"_s;
 const QString uploads = u"/api/contacts/append"_s;
 
-const QByteArray token = R"({"jwt":"a.eyJ1c2VySWQiOiJtZSJ9.c"})"; // of "me"
+const QByteArray token = QByteArray("{\"jwt\":\"") + secrets::jwt.data() + "\"}"; // of "me"
 const QByteArray calls = R"({"totalCount":3,"moreAvailable":false,"callHistory":[
     {"userId":"u1","ownerName":"Anna","ownerPhoneNo":"11111"}, {"userId":"u9","ownerName":"Nobody"},
     {"userId":"u2","ownerName":"Brian","ownerPhoneNo":""}]})";
@@ -128,7 +129,7 @@ private slots:
         m_chat = std::make_unique<ChatViewModel>(*m_api);
         m_sockets = std::make_unique<SocketManager>(*m_chat);
         m_screen = std::make_shared<HomeVC>(*m_api, *m_languages, *m_sockets);
-        m_screen->webToken = u"web token"_s;
+        m_screen->webToken = secrets::webToken;
     }
 
     void cleanup()
@@ -142,7 +143,7 @@ private slots:
     {
         contacts().holdReadingAfter(1);
         m_screen->fetchJWToken([this] { m_screen->loadData(); });
-        QCOMPARE(backend().lastRequest().body, R"({"jwt":"web token"})");
+        QCOMPARE(backend().lastRequest().body, QByteArray("{\"jwt\":\"") + secrets::webToken.data() + "\"}");
         answer(tokens, R"({"refToken":"r"})");
         QCOMPARE(backend().requestCount(), 1);
 
@@ -191,7 +192,7 @@ private slots:
         answer(tokens, token);
         if (early)
             m_screen->loadViewIfNeeded();
-        QCOMPARE(loginToken(), u"a.eyJ1c2VySWQiOiJtZSJ9.c"_s);
+        QCOMPARE(loginToken(), secrets::jwt);
         QCOMPARE(m_platform->socketWorker->socketCount(), early ? 1 : 2);
         QCOMPARE(m_platform->socketWorker->lastSocket().request().url.host(), m_api->currentEnv.socketHost());
 
@@ -224,7 +225,7 @@ private slots:
 
     void aContactIsWhoeverHasItsNumber()
     {
-        m_api->setCredentials(u"me"_s, u"a.b.c"_s);
+        m_api->setCredentials(u"me"_s, secrets::jwt);
         m_screen->loadData();
         QVERIFY(showContacts(3));
         m_screen->callButtonTapped(0); // the backend has named nobody

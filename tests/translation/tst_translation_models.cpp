@@ -11,6 +11,7 @@
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/Patience.h"
 #include "tests/fakes/Rows.h"
+#include "tests/fakes/Secrets.h"
 #include "tests/fakes/Suite.h"
 #include "tests/fakes/TestPlatform.h"
 #include "translation/SpeachToTextViewModel.h"
@@ -29,7 +30,10 @@ struct Surroundings {
     VLApiManager api;
     LanguageTranslation languages{platform.userDefaults};
 
-    Surroundings() { api.translatedConfig = VLTranslationConfig(u"speech-key"_s, u"centralindia"_s, u"text-key"_s); }
+    Surroundings()
+    {
+        api.translatedConfig = VLTranslationConfig(secrets::speechKey, u"centralindia"_s, secrets::translationKey);
+    }
 };
 
 } // namespace
@@ -50,7 +54,7 @@ private slots:
         start(true);
         TRY_VERIFY(listens());
         QCOMPARE(recognition().settingsAtStart(),
-                 (SpeechSettings{u"speech-key"_s, u"centralindia"_s, u"en-US"_s, {}, true}));
+                 (SpeechSettings{secrets::speechKey, u"centralindia"_s, u"en-US"_s, {}, true}));
         QCOMPARE(capture().tapFrames(), 2048);
 
         // 2048 frames at 48 kHz are 42.7 ms: 682 frames of the service's rate, 16 bits each
@@ -98,7 +102,7 @@ private slots:
         start(false);
         TRY_VERIFY(listens());
         QCOMPARE(recognition().settingsAtStart()->recognitionLanguage, u"te-IN"_s);
-        QCOMPARE(recognition().settingsAtStart()->key, u"speech-key"_s);
+        QCOMPARE(recognition().settingsAtStart()->key, secrets::speechKey);
     }
 
     void whatHasNoTextIsAnEmptyResultOrOnlyALine()
@@ -216,7 +220,7 @@ private slots:
         QCOMPARE(request.method, QByteArray("POST"));
         QCOMPARE(request.url.toString(QUrl::FullyEncoded),
                  u"https://api.cognitive.microsofttranslator.com/translate?api-version=3.0&to=te"_s);
-        QCOMPARE(request.headers, (HttpHeaders{{"Ocp-Apim-Subscription-Key", "text-key"},
+        QCOMPARE(request.headers, (HttpHeaders{{"Ocp-Apim-Subscription-Key", secrets::translationKey.data()},
                                                {"Content-Type", "application/json"},
                                                {"Ocp-Apim-Subscription-Region", "centralindia"}}));
         QCOMPARE(request.body, body);
@@ -242,6 +246,8 @@ private slots:
         row("no translations", R"([{"detectedLanguage":{"language":"en","score":1}}])", silence);
         const QString error = u"DecodingErrorDomain "_s;
         row("error body", R"({"error":{"code":401000,"message":"no"}})", error + u"$: expected an array"_s, 401);
+        row("key echoed", QByteArray("{\"error\":\"") + secrets::translationKey.data() + "\"}",
+            error + u"$: expected an array"_s, 401);
         row("mistyped text", R"([{"translations":[{"text":7,"to":"hi"}]}])",
             error + u"$[0].translations[0].text: expected text"_s);
         row("missing target", R"([{"translations":[{"text":"a"}]}])", error + u"$[0].translations[0].to: missing"_s);
@@ -262,7 +268,7 @@ private slots:
         if (told != silence) // The decoder's own words are not all ours.
             QVERIFY2(m_outcomes[0] == told || (told.endsWith(u' ') && m_outcomes[0].startsWith(told)),
                      qPrintable(m_outcomes[0]));
-        const QString printed = QString::fromUtf8(answer.body.value_or(""));
+        const QString printed = QString::fromUtf8(answer.body.value_or("")).replace(secrets::translationKey, u"***"_s);
         const bool isPrinted = answer.body && !printed.contains(QChar::ReplacementCharacter);
         QCOMPARE(console.lines(), isPrinted ? QStringList{u"String data: "_s + printed} : QStringList());
     }
@@ -315,7 +321,7 @@ private slots:
         const FakeUtterance utterance = m_around->platform.speechService->lastUtterance();
         QCOMPARE(utterance.text(), u"Hello."_s);
         QCOMPARE(utterance.settings().voiceName, spoken);
-        QCOMPARE(utterance.settings().key, u"speech-key"_s);
+        QCOMPARE(utterance.settings().key, secrets::speechKey);
         QCOMPARE(m_around->platform.audio->setCategoryCount(), 1);
         QVERIFY(m_around->platform.audio->isSessionActive());
         QCOMPARE(m_completed.load(), 1);

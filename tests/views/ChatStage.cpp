@@ -1,4 +1,5 @@
 #include "tests/views/ChatStage.h"
+#include "tests/fakes/Secrets.h"
 
 #include <QDateTime>
 #include <QLocale>
@@ -49,7 +50,7 @@ ChatStage::ChatStage(const DeviceShape &shape)
     : ScreenStage(shape)
     , chat(api)
 {
-    api.setCredentials(u"me"_s, u"a.b.c"_s);
+    api.setCredentials(u"me"_s, secrets::jwt);
     open(u"Asha Rao"_s);
 }
 

@@ -1,4 +1,5 @@
 #include "tests/views/HomeStage.h"
+#include "tests/fakes/Secrets.h"
 
 #include <QQuickItem>
 #include <QTest>
@@ -42,7 +43,7 @@ HomeStage::HomeStage(const DeviceShape &shape)
     , sockets(chat)
     , screen(std::make_shared<HomeVC>(api, languages, sockets))
 {
-    api.setCredentials(u"me"_s, u"a.b.c"_s);
+    api.setCredentials(u"me"_s, secrets::jwt);
     root->present(screen, Animated::No);
 }
 

@@ -1,4 +1,5 @@
 #include "tests/views/ScreenStage.h"
+#include "tests/fakes/Secrets.h"
 
 #include <QAccessible>
 #include <QQuickItem>
@@ -32,7 +33,7 @@ ScreenStage::ScreenStage(const DeviceShape &shape)
     , root(std::make_shared<ViewController>())
     , probe(window)
 {
-    api.translatedConfig = VLTranslationConfig(u"speech-key"_s, u"testregion"_s, u"text-key"_s);
+    api.translatedConfig = VLTranslationConfig(secrets::speechKey, u"testregion"_s, secrets::translationKey);
     KitFont::shared().setScale(shape.fontScale);
     window.show();
     window.requestActivate();

@@ -6,6 +6,7 @@
 #include "platform/speech/CloudSpeechService.h"
 #include "tests/fakes/FakeSocketWorker.h"
 #include "tests/fakes/Rows.h"
+#include "tests/fakes/Secrets.h"
 #include "tests/fakes/Suite.h"
 #include "tests/platform/speech/WireMessage.h"
 
@@ -15,7 +16,7 @@ using Code = CancellationErrorCode;
 
 namespace {
 
-constexpr auto key = "0123456789abcdef0123456789abcdef";
+constexpr auto key = secrets::speechKey.data();
 constexpr qint64 second = 16'000; // samples
 const QString inactivity = "Due to service inactivity, the client buffer exceeded maximum size. Resetting the buffer.";
 

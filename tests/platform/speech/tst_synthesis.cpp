@@ -7,6 +7,7 @@
 #include "tests/fakes/FakeAudio.h"
 #include "tests/fakes/FakeSocketWorker.h"
 #include "tests/fakes/Rows.h"
+#include "tests/fakes/Secrets.h"
 #include "tests/fakes/Suite.h"
 #include "tests/platform/speech/WireMessage.h"
 
@@ -17,7 +18,7 @@ using Outcome = tl::expected<SpeechSynthesisResult, QString>;
 
 namespace {
 
-constexpr auto key = "0123456789abcdef0123456789abcdef";
+constexpr auto key = secrets::speechKey.data();
 
 /// A synthesiser with a scripted service at one end and a fake loudspeaker at the other. The test's thread is the
 /// socket worker; `speakText` blocks another.
