@@ -36,7 +36,8 @@ void vcard(const QByteArray &bytes)
     for (const AddressBookContact &contact : contacts)
         require(!contact.phoneNumbers.contains(QString()), "a number has characters");
 
-    require(contactsInVCards(QByteArray(bytes).replace("\r\n", "\n")) == contacts, "line ends do not matter");
+    if (!bytes.contains("\r\r\n")) // a line end more, which the replacing would take away
+        require(contactsInVCards(QByteArray(bytes).replace("\r\n", "\n")) == contacts, "line ends do not matter");
 
     const QByteArray known = "BEGIN:VCARD\r\nFN:Asha\r\nTEL:1\r\nEND:VCARD\r\n\r\n";
     auto expected = contacts;
