@@ -424,6 +424,13 @@ template<typename Socket> asio::awaitable<void> BeastConnection::read(Socket &so
         buffer.consume(buffer.size());
         if (m_ownClose) // The closing frame may still wait behind what was sent before it.
             continue;
+        if (socket.got_text() && !message.isValidUtf8()) { // Beast overlooks it when the last frame is empty.
+            m_ownClose = websocket::Disconnected{{}, ws::close_code::bad_payload}; // There is one closing frame.
+            co_await socket.async_close(ws::close_code::bad_payload, asTuple);
+            if (m_phase == Phase::Connected)
+                fail(WebSocketError::Kind::Protocol, QStringLiteral("a text is cut off within a character"));
+            co_return;
+        }
         if (socket.got_text())
             emitEvent(websocket::Text{message});
         else
