@@ -9,6 +9,9 @@ FocusScope {
     required property string text
     required property string placeholder
 
+    /// The field has the keyboard; the bar itself may keep the focus without.
+    readonly property bool editing: input.activeFocus
+
     signal edited(string text)
     signal searchPressed
 

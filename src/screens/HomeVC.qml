@@ -19,7 +19,7 @@ Rectangle {
     Keys.onEscapePressed: event => {
         if (search.text.length > 0)
             root.controller.searchBarTextDidChange("");
-        else if (search.activeFocus)
+        else if (search.editing)
             root.controller.searchBarCancelButtonClicked();
         else
             event.accepted = false;
