@@ -67,14 +67,24 @@ vynlex::VLTranslationConfig SandboxProcess::configuration()
     return {u"sandbox-speech-key"_s, u"centralindia"_s, u"sandbox-translator-key"_s};
 }
 
-void SandboxProcess::delayNextTranslation(std::chrono::milliseconds delay) const
+tl::expected<void, QString> SandboxProcess::delayNext(const QString &path, std::chrono::milliseconds delay) const
 {
-    const QByteArray faults =
-        QJsonDocument(
-            QJsonArray{QJsonObject{
-                {"path", "/translate"}, {"kind", "latency"}, {"ms", static_cast<qint64>(delay.count())}, {"times", 1}}})
-            .toJson(QJsonDocument::Compact);
-    control("POST /faults", faults); // without an answer, a picture will show no wait
+    return playFault({{"path", path}, {"kind", "latency"}, {"ms", static_cast<qint64>(delay.count())}});
+}
+
+tl::expected<void, QString> SandboxProcess::answerNext(const QString &path, int httpStatus,
+                                                       const QByteArray &body) const
+{
+    return playFault({{"path", path}, {"kind", "status"}, {"status", httpStatus}, {"body", QString::fromUtf8(body)}});
+}
+
+tl::expected<void, QString> SandboxProcess::playFault(QJsonObject fault) const
+{
+    fault.insert("times"_L1, 1);
+    const QByteArray answer = control("POST /faults", QJsonDocument(QJsonArray{fault}).toJson(QJsonDocument::Compact));
+    if (QJsonDocument::fromJson(answer).isArray()) // of the faults that are switched on
+        return {};
+    return tl::unexpected(u"The sandbox plays no such fault: %1"_s.arg(QString::fromUtf8(answer)));
 }
 
 std::vector<SandboxProcess::Socket> SandboxProcess::sockets() const

@@ -2,6 +2,7 @@
 
 #include <VynlexTranslationSDK/VLTranslationConfig.h>
 
+#include <QJsonObject>
 #include <QProcess>
 #include <QString>
 
@@ -54,11 +55,14 @@ public:
     /// For other processes.
     [[nodiscard]] const SandboxAddress &address() const { return m_address; }
 
-    /// Makes the next translation take that long, so that a picture can be taken of the wait.
-    void delayNextTranslation(std::chrono::milliseconds delay) const;
+    // What is to happen to the next request to a path ("/translate", or "/contacts/*" for all below). An error is one
+    // clear line.
+    tl::expected<void, QString> delayNext(const QString &path, std::chrono::milliseconds delay) const;
+    tl::expected<void, QString> answerNext(const QString &path, int httpStatus, const QByteArray &body = {}) const;
 
 private:
     SandboxProcess() = default;
+    tl::expected<void, QString> playFault(QJsonObject fault) const;
     /// The answer's body, empty when there is none; waits 5 s at most.
     QByteArray control(const QByteArray &requestLine, const QByteArray &body = {}) const;
     tl::expected<void, QString> readStartUpLine();

@@ -32,4 +32,8 @@ tl::expected<Answer, QString> answerTo(const std::function<void(vynlex::VLApiCom
     return outcome->answer;
 }
 
+/// The text of one of the newest 150 messages of a conversation, as the backend has it.
+[[nodiscard]] tl::expected<QString, QString> storedText(vynlex::VLApiManager &api, const QString &threadId,
+                                                        const QString &messageId);
+
 } // namespace host

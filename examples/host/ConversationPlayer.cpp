@@ -59,6 +59,7 @@ ConversationPlayer::ConversationPlayer(Props &props)
     , m_hand(props.hand)
     , m_room(props.room)
     , m_album(props.album)
+    , m_picker(props)
 {
 }
 
@@ -70,28 +71,16 @@ ConversationPlayer::Half ConversationPlayer::half(Side side) const
 void ConversationPlayer::openPicker(Side side)
 {
     half(side).tapLanguage();
-    m_hand.await(u"Close"_s, QAccessible::Button);
-    m_stage.settle();
-}
-
-void ConversationPlayer::closePicker()
-{
-    m_hand.press(u"Close"_s);
-    m_hand.await(u"The end of the picker"_s,
-                 [&] { return !m_stage.screen<ConversationTranslateVC>()->languageSelectionView(); });
-    m_stage.settle();
+    m_picker.awaitOpen();
 }
 
 tl::expected<void, QString> ConversationPlayer::chooseLanguage(Side side, LanguageOption language)
 {
     if (LanguageTranslation::shared().language(side) == language)
         return {};
-    const QString &name = languageEntry(language).displayName;
     openPicker(side);
-    if (!m_hand.sees(name, QAccessible::RadioButton))
-        m_hand.scroll(8); // a low window has no room for all of them
-    m_hand.press(name, QAccessible::RadioButton);
-    closePicker();
+    m_picker.choose(language);
+    m_picker.close();
     return m_hand.outcome();
 }
 

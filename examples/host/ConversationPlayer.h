@@ -4,6 +4,7 @@
 
 #include <tl/expected.hpp>
 
+#include "PickerPlayer.h"
 #include "Props.h"
 #include "Transcript.h"
 #include "language/LanguageOption.h"
@@ -18,9 +19,8 @@ class ConversationPlayer {
 public:
     explicit ConversationPlayer(Props &props);
 
-    /// Opens the picker of a side.
+    /// Taps a side's language; what then is to be done with the picker is another's matter.
     void openPicker(vynlex::Side side);
-    void closePicker();
     /// Through the picker, unless the side has this language already.
     tl::expected<void, QString> chooseLanguage(vynlex::Side side, vynlex::LanguageOption language);
 
@@ -43,6 +43,7 @@ private:
     Hand &m_hand;
     Room &m_room;
     Album &m_album;
+    PickerPlayer m_picker;
 };
 
 } // namespace host

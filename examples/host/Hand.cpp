@@ -29,7 +29,7 @@ QPointF middleOf(const QQuickItem &item)
 }
 
 /// Its middle is inside of the window and of all that clips it.
-bool isInReach(const QQuickItem &item)
+bool isInSight(const QQuickItem &item)
 {
     const QPointF middle = middleOf(item);
     for (const QQuickItem *around = item.parentItem(); around; around = around->parentItem()) {
@@ -37,22 +37,24 @@ bool isInReach(const QQuickItem &item)
         if (clips && !around->contains(around->mapFromScene(middle)))
             return false;
     }
-    return item.isEnabled();
+    return true;
 }
 
+/// What an assistive tool would find below `parent`; of several the lowest in the window.
 QQuickItem *findBelow(const QAccessibleInterface &parent, const QString &name, QAccessible::Role role)
 {
+    QQuickItem *lowest = nullptr;
     for (int i = 0; i < parent.childCount(); ++i) {
         const QAccessibleInterface *const child = parent.child(i);
         if (!child || child->state().invisible)
             continue;
-        auto *const item = qobject_cast<QQuickItem *>(child->object());
-        if (item && child->role() == role && child->text(QAccessible::Name).trimmed() == name && isInReach(*item))
-            return item;
-        if (QQuickItem *const found = findBelow(*child, name, role))
-            return found;
+        QQuickItem *item = qobject_cast<QQuickItem *>(child->object());
+        if (!item || child->role() != role || child->text(QAccessible::Name).trimmed() != name || !isInSight(*item))
+            item = findBelow(*child, name, role);
+        if (item && (!lowest || middleOf(*item).y() > middleOf(*lowest).y()))
+            lowest = item;
     }
-    return nullptr;
+    return lowest;
 }
 
 } // namespace
@@ -75,7 +77,11 @@ bool Hand::sees(const QString &name, QAccessible::Role role) const
 
 void Hand::press(const QString &name, QAccessible::Role role)
 {
-    await(name, role);
+    const auto canBePressed = [&] {
+        const QQuickItem *const control = m_stage.isMoving() ? nullptr : find(name, role);
+        return control && control->isEnabled();
+    };
+    await(u"\"%1\""_s.arg(name), canBePressed, screenLimit);
     if (isAtWork())
         tap(*find(name, role));
 }
@@ -137,6 +143,12 @@ void Hand::await(const QString &name, QAccessible::Role role)
 {
     await(
         u"\"%1\""_s.arg(name), [&] { return !m_stage.isMoving() && sees(name, role); }, screenLimit);
+}
+
+void Hand::note(const tl::expected<void, QString> &outcome)
+{
+    if (isAtWork() && !outcome)
+        m_problem = outcome.error();
 }
 
 tl::expected<void, QString> Hand::outcome()

@@ -26,6 +26,7 @@ public:
     /// Blanks at a name's end do not count. A control that has to be scrolled to is not in sight.
     [[nodiscard]] bool sees(const QString &name, QAccessible::Role role = QAccessible::Button) const;
 
+    /// Of several the lowest; a control that is disabled is waited for.
     void press(const QString &name, QAccessible::Role role = QAccessible::Button);
     void press(Qt::Key key);
     /// Letter by letter, into what has the keyboard.
@@ -38,6 +39,9 @@ public:
                std::chrono::milliseconds limit = serviceLimit);
     /// Until it is in sight.
     void await(const QString &name, QAccessible::Role role);
+
+    /// Takes over what somebody else's work has come to.
+    void note(const tl::expected<void, QString> &outcome);
 
     [[nodiscard]] bool isAtWork() const { return m_problem.isEmpty(); }
     /// Whether everything since the last call came, or one clear line.

@@ -25,6 +25,11 @@ HomePlayer::HomePlayer(Props &props)
 void HomePlayer::openKit()
 {
     m_hand.press(u"Open VynTranslate"_s);
+    awaitHome();
+}
+
+void HomePlayer::awaitHome()
+{
     m_hand.await(u"Translate a conversation"_s, QAccessible::Button);
     if (m_stage.user().webToken.isEmpty())
         return;

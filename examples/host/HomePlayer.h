@@ -13,8 +13,10 @@ class HomePlayer {
 public:
     explicit HomePlayer(Props &props);
 
-    /// By the button of the host's page. Somebody who is signed in sees their recent calls then.
+    /// By the button of the host's page.
     void openKit();
+    /// The home screen has come to rest; somebody who is signed in sees their recent calls then.
+    void awaitHome();
     /// Back to the host's page, with the device's back key.
     void leaveKit();
 

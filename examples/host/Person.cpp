@@ -15,6 +15,12 @@ const std::array<Person, 2> &people()
     return people;
 }
 
+const Person &newcomer()
+{
+    static const Person newcomer{u"meera"_s, {u"65b20a005eed000000000003"_s, u"Meera Iyer"_s, {}, u"9000001003"_s}};
+    return newcomer;
+}
+
 std::optional<Person> personNamed(const QString &word)
 {
     const auto found = std::ranges::find(people(), word, &Person::word);

@@ -21,6 +21,9 @@ struct Person {
 /// Two who have written to each other before.
 [[nodiscard]] const std::array<Person, 2> &people();
 
+/// Whom the first of them has not written to yet.
+[[nodiscard]] const Person &newcomer();
+
 [[nodiscard]] std::optional<Person> personNamed(const QString &word);
 [[nodiscard]] const Person &otherThan(const Person &person);
 

@@ -13,8 +13,6 @@ using namespace vynlex;
 namespace host {
 namespace {
 
-/// Sentences of the phrasebook that make a small conversation.
-constexpr std::array conversation = {"greet.morning", "greet.nicetomeet", "dir.station", "meet.wait"};
 /// Sentences for the pairs of languages, one after the other.
 constexpr std::array pairSentences = {"dir.station", "travel.cost", "travel.airport", "help.pharmacy", "travel.room"};
 
@@ -47,7 +45,7 @@ std::vector<Plan> planOf(const Options &options)
             plan.push_back({turn.side, options.speaker, options.listener, turn.wavFile, {}});
     } else {
         Side side = Side::Speaker; // both languages apply to the first; afterwards they are set already
-        for (const char *id : conversation) {
+        for (const char *id : smallConversation) {
             plan.push_back({side, options.speaker, options.listener, {}, id});
             side = otherSide(side);
         }

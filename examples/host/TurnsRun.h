@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <array>
 #include <tl/expected.hpp>
 
 #include "Device.h"
@@ -10,6 +11,9 @@
 #include "Stage.h"
 
 namespace host {
+
+/// Sentences of the phrasebook that make a small conversation, the speaker's first, then one after the other.
+inline constexpr std::array smallConversation = {"greet.morning", "greet.nicetomeet", "dir.station", "meet.wait"};
 
 /// Plays the turns that the options ask for on the conversation screen, and writes transcript, pictures and sound into
 /// the output folder. An error is one clear line; the transcript holds the turns that came through.

@@ -11,6 +11,7 @@
 #include "Room.h"
 #include "SandboxProcess.h"
 #include "Stage.h"
+#include "Tour.h"
 #include "TurnsRun.h"
 #include "WindowedRun.h"
 #include "platform/ui/KitFont.h"
@@ -75,19 +76,20 @@ int main(int argc, char **argv)
         return played ? EXIT_SUCCESS : complain(played.error());
     }
 
+    const QTemporaryDir settings;
     std::unique_ptr<examples::SandboxProcess> sandbox;
     if (options->device) {
         if (const auto used = examples::useSandbox(options->sandboxAddress); !used)
             return complain(used.error());
     } else if (!options->usesRealServices()) {
-        auto started = examples::SandboxProcess::start(options->sandboxProgram);
+        // A demonstration begins with the seed; what a person does in the window is there the next time.
+        auto started = examples::SandboxProcess::start(options->sandboxProgram, headless ? settings.path() : QString());
         if (!started)
             return complain(started.error());
         sandbox = std::move(*started);
     }
     if (!options->usesRealServices() && !qEnvironmentVariableIsSet("VYNLEX_CONTACTS_FILE"))
         qputenv("VYNLEX_CONTACTS_FILE", HOST_CONTACTS_FILE); // people whom the sandbox knows, and others
-    const QTemporaryDir settings;
     // A demonstration leaves the user's own choices alone, and two people have two.
     const QString settingsFile = headless || options->device ? settings.filePath(u"settings.ini"_s) : QString();
     host::Room room(headless && !options->realTime ? host::Room::Speed::AsFastAsAccepted : host::Room::Speed::RealTime);
@@ -101,7 +103,10 @@ int main(int argc, char **argv)
         return host::runDevice(*options, stage, room, device);
     if (!headless)
         return host::runWindowed(stage, room, {u"Confera"_s, {}}, !device.hasMicrophone());
-    if (const auto played = host::runTurns(*options, stage, room, device); !played)
+    const bool isTour = sandbox && options->turns.empty() && !options->allPairs;
+    if (const auto played = isTour ? host::runTour(*options, stage, room, device, *sandbox)
+                                   : host::runTurns(*options, stage, room, device);
+        !played)
         return complain(played.error());
     return EXIT_SUCCESS;
 }

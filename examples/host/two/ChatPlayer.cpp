@@ -42,14 +42,17 @@ ChatPlayer::ChatPlayer(const Person &person, Props &props)
 {
 }
 
-tl::expected<void, QString> ChatPlayer::open()
+tl::expected<void, QString> ChatPlayer::open(const Person &partner, Past past)
 {
     if (const auto there = m_hand.outcome(); !there)
         return there;
     noteArrivals();
-    m_home.openChat(otherThan(m_person).user.name);
-    m_hand.await(u"The chat's messages"_s, [] { // these two have some
-        return ChatViewModel::shared().isThreadKnown() && !ChatViewModel::shared().aryMessages.empty();
+    m_home.openChat(partner.user.name);
+    if (past == Past::Nothing)
+        m_hand.await(u"Press Voice Chat to record a message."_s, QAccessible::StaticText);
+    m_hand.await(u"The chat's messages"_s, [past] {
+        const ChatViewModel &model = ChatViewModel::shared();
+        return model.isThreadKnown() && model.aryMessages.empty() == (past == Past::Nothing);
     });
     m_stage.settle();
     return m_hand.outcome();
@@ -210,9 +213,9 @@ tl::expected<HeardAnswer, QString> ChatPlayer::hear(const HearRequest &request)
         !cell(row, "incoming").toBool())
         return failure(u"the message is not shown as one of the other person."_s);
 
-    if (request.everyState) {
+    if (const QString offer = u"New message, show it"_s; request.everyState && m_hand.sees(offer)) {
         m_album.settleAndTake(pictureName(request.name, "arrived-below"));
-        m_hand.scroll(2 * severalMessages);
+        m_hand.press(offer);
     }
     m_album.settleAndTake(pictureName(request.name, "received"));
     if (const auto played = play(row, request, m_album.path(answer.wavFile)); !played)
@@ -226,7 +229,7 @@ tl::expected<HeardAnswer, QString> ChatPlayer::hear(const HearRequest &request)
     answer.durationMs = sound->duration.count();
     answer.levelDb = sound->levelDb;
 
-    const auto stored = storedText(request.messageId);
+    const auto stored = storedText(VLApiManager::shared(), ChatViewModel::shared().threadID, request.messageId);
     if (!stored)
         return failure(stored.error());
     answer.stored = *stored;
@@ -252,20 +255,6 @@ tl::expected<void, QString> ChatPlayer::play(int row, const HearRequest &request
     if (!ended)
         return failure(u"playing the message does not end."_s);
     return m_hand.outcome();
-}
-
-tl::expected<QString, QString> ChatPlayer::storedText(const QString &messageId) const
-{
-    const auto page = answerTo<VLThreadChatMessages>([](VLApiCompletion<VLThreadChatMessages> completion) {
-        VLApiManager::shared().getChatMessages(ChatViewModel::shared().threadID, std::move(completion));
-    });
-    if (!page)
-        return failure(page.error());
-    const auto messages = page->messages.value_or(std::vector<VLChatMessage>());
-    const auto message = std::ranges::find(messages, messageId, &VLChatMessage::id);
-    if (message == messages.end())
-        return failure(u"the backend has no message %1."_s.arg(messageId));
-    return message->messageText;
 }
 
 QString ChatPlayer::pictureName(const QString &name, const char *state) const

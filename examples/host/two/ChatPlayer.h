@@ -23,8 +23,10 @@ class ChatPlayer {
 public:
     ChatPlayer(const Person &person, Props &props);
 
-    /// From the home screen, the chat with the other one of the two. Tells also what kept the hand from coming there.
-    tl::expected<void, QString> open();
+    enum class Past { Nothing, Messages };
+    /// From the home screen, the chat with this person; `past` is what is in it already. Tells also what kept the hand
+    /// from coming there.
+    tl::expected<void, QString> open(const Person &partner, Past past);
 
     /// Makes the next message take a while to be sent, so that a picture can be taken of that; may be empty.
     std::function<void()> holdSending;
@@ -44,7 +46,6 @@ private:
     [[nodiscard]] tl::expected<QString, QString> record(const Saying &saying, const SayRequest &request);
     [[nodiscard]] tl::expected<void, QString> preview(const QString &name);
     [[nodiscard]] tl::expected<void, QString> play(int row, const HearRequest &request, const QString &wavFile);
-    [[nodiscard]] tl::expected<QString, QString> storedText(const QString &messageId) const;
     [[nodiscard]] QString pictureName(const QString &name, const char *state) const;
 
     const Person m_person;

@@ -22,13 +22,15 @@ QByteArray answered(const QByteArray &line, const std::function<tl::expected<Ans
     return answer ? encodeJson(*answer) : encodeJson(Problem{answer.error()});
 }
 
-QByteArray perform(HomePlayer &home, ChatPlayer &player, const QByteArray &line)
+QByteArray perform(const Options &options, HomePlayer &home, ChatPlayer &player, const QByteArray &line)
 {
     const QString what = QJsonDocument::fromJson(line).object()["do"_L1].toString();
     if (what == "open"_L1) {
         return answered<PlainRequest, PlainAnswer>(line, [&](const PlainRequest &) {
             home.openKit();
-            return player.open().map([] { return PlainAnswer(); });
+            return player.open(otherThan(*options.device), ChatPlayer::Past::Messages).map([] {
+                return PlainAnswer();
+            });
         });
     }
     if (what == "lookBack"_L1) {
@@ -57,7 +59,7 @@ int runDevice(const Options &options, Stage &stage, Room &room, const Device &de
     Props props(stage, room, device, options.outputFolder, u"recordings-"_s + options.device->word);
     HomePlayer home(props);
     ChatPlayer player(*options.device, props);
-    const ParentLink link([&](const QByteArray &line) { return perform(home, player, line); });
+    const ParentLink link([&](const QByteArray &line) { return perform(options, home, player, line); });
     if (options.headless)
         return QGuiApplication::exec();
     const int fromLeft = options.device->word == people().front().word ? 0 : 1;
