@@ -26,9 +26,9 @@ Rectangle {
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
         color: Theme.inkOnPrimary
-        // The colour below may be a bright one.
+        // The brighter the colour below, the darker the rim that the white letters need.
         style: Text.Outline
-        styleColor: "#66000000"
+        styleColor: Qt.rgba(0, 0, 0, 0.35 + 0.55 * (0.3 * root.color.r + 0.59 * root.color.g + 0.11 * root.color.b))
         Accessible.ignored: true
     }
 }

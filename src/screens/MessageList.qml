@@ -146,7 +146,8 @@ FocusScope {
     EmptyNote {
         anchors.centerIn: parent
         width: Math.min(parent.width - root.leftInset - root.rightInset - 2 * Theme.gapHuge, 320)
-        shown: list.count === 0
+        // While one is recorded there is no such button.
+        shown: list.count === 0 && root.controller.panelState === ChatController.Idle
         picture: Theme.image("audioWave")
         pictureWidth: 119
         pictureHeight: 32
