@@ -37,6 +37,14 @@ inline int runSuite(int argc, char **argv)
     return failed;
 }
 
+/// The main function of an executable whose classes are a suite; `Application` is Qt's.
+#define SUITE_MAIN(Application)                                                                                        \
+    int main(int argc, char **argv)                                                                                    \
+    {                                                                                                                  \
+        const Application application(argc, argv);                                                                     \
+        return vynlex::runSuite(argc, argv);                                                                           \
+    }
+
 /// For `initTestCase_data` of a suite that runs over a port's fake and over what ships.
 inline void addFakeAndShipped()
 {
