@@ -2,12 +2,13 @@
 #include "language/LanguageTranslation.h"
 #include "platform/ui/ResourceBundle.h"
 #include "platform/ui/ScreenWindow.h"
-#include "tests/fakes/Rows.h"
 #include "tests/fakes/Suite.h"
 #include "tests/fakes/TestPlatform.h"
 
 #include <QSignalSpy>
 #include <QTest>
+
+#include <functional>
 
 using namespace vynlex;
 using namespace Qt::StringLiterals;
@@ -60,37 +61,32 @@ private slots:
         QCOMPARE(withoutSeparator, QStringList(u"తెలుగు"_s));
     }
 
-    void aChosenRowIsStoredToldAndMarked_data()
-    {
-        addRows<bool, int, QString>({
-            {"speaker", true, 4, u"SpeakerLanguage"_s},
-            {"listener", false, 2, u"ListenerLanguage"_s},
-            {"the one that is chosen already", false, 1, u"ListenerLanguage"_s},
-        });
-    }
     void aChosenRowIsStoredToldAndMarked()
     {
-        const auto [speaker, row, key] = currentRow<bool, int, QString>();
-        const auto view = picker(speaker ? Side::Speaker : Side::Listener);
+        const auto view = picker(Side::Listener);
         std::vector<LanguageOption> told;
         std::optional<QString> storedWhenTold;
         view->onLanguageSelection = [&](LanguageOption option) {
             told.push_back(option);
-            storedWhenTold = m_platform->userDefaults->string(key);
+            storedWhenTold = m_platform->userDefaults->string(u"ListenerLanguage"_s);
         };
         view->show();
         QSignalSpy reset(view->tableModel(), &QAbstractItemModel::modelReset);
-
-        view->didSelectRow(row);
-        const LanguageOption option = allLanguageOptions.at(static_cast<std::size_t>(row));
-        QCOMPARE(told, std::vector{option});
-        QCOMPARE(storedWhenTold, rawValue(option));
-        QCOMPARE(view->selectedLanguage, option);
-        for (int other = 0; other < view->numberOfRows(); ++other)
-            QCOMPARE(view->optionsTableView().rows().at(static_cast<std::size_t>(other)).radioButton.selected,
-                     other == row);
+        for (const int row : {2, 1, 1}) { // also the one that is chosen already
+            view->didSelectRow(row);
+            const LanguageOption option = allLanguageOptions.at(static_cast<std::size_t>(row));
+            QCOMPARE(told.back(), option);
+            QCOMPARE(storedWhenTold, rawValue(option));
+            QCOMPARE(view->selectedLanguage, option);
+            for (int other = 0; other < view->numberOfRows(); ++other)
+                QCOMPARE(view->optionsTableView().rows().at(static_cast<std::size_t>(other)).radioButton.selected,
+                         other == row);
+        }
+        QCOMPARE(told.size(), 3U);
         QCOMPARE(reset.count(), 0); // the mark moves; the list stays where it is
         QVERIFY(view->isShown());
+        picker(Side::Speaker)->didSelectRow(4);
+        QCOMPARE(m_languages->language(Side::Speaker), allLanguageOptions.at(4));
     }
 
     void theSheetIsAsHighAsItsRowsAndTheDevicesEdge()
@@ -106,34 +102,30 @@ private slots:
         QCOMPARE(view->sheetHeight(), 6 * 56.0 + 71 + 34);
     }
 
-    void hidingEndsAfterTheSpring_data()
-    {
-        addRows<int>({{"close button", 0}, {"tap beside the sheet", 1}, {"drag", 2}});
-    }
     void hidingEndsAfterTheSpring()
     {
-        const auto [way] = currentRow<int>();
-        const auto view = picker(Side::Speaker);
-        QSignalSpy removed(view.get(), &LanguageSelectionView::removedFromSuperview);
-        view->show();
-        QCOMPARE(view->sheetOffset(), 0.0);
-        QCOMPARE(view->backgroundAlpha(), 0.45);
-
-        if (way == 0)
-            view->didPressCloseButtonAction();
-        else if (way == 1)
-            view->backgroundView->tap();
-        else
-            view->dragEnded(400);
-        QCOMPARE(view->sheetOffset(), view->sheetHeight());
-        QCOMPARE(view->backgroundAlpha(), 0.0);
-        view->hide(); // again, while it goes
-        view->dragChanged(10);
-        QVERIFY(!view->isDragging());
-        m_platform->clock->advance(499ms);
-        QCOMPARE(removed.count(), 0);
-        m_platform->clock->advance(1ms);
-        QCOMPARE(removed.count(), 1);
+        const std::vector<std::function<void(LanguageSelectionView &)>> ways{
+            [](auto &view) { view.didPressCloseButtonAction(); },
+            [](auto &view) { view.backgroundView->tap(); },
+            [](auto &view) { view.dragEnded(400); },
+        };
+        for (const auto &hide : ways) {
+            const auto view = picker(Side::Speaker);
+            QSignalSpy removed(view.get(), &LanguageSelectionView::removedFromSuperview);
+            view->show();
+            QCOMPARE(view->sheetOffset(), 0.0);
+            QCOMPARE(view->backgroundAlpha(), 0.45);
+            hide(*view);
+            QCOMPARE(view->sheetOffset(), view->sheetHeight());
+            QCOMPARE(view->backgroundAlpha(), 0.0);
+            view->hide(); // again, while it goes
+            view->dragChanged(10);
+            QVERIFY(!view->isDragging());
+            m_platform->clock->advance(499ms);
+            QCOMPARE(removed.count(), 0);
+            m_platform->clock->advance(1ms);
+            QCOMPARE(removed.count(), 1);
+        }
     }
 
     void theSheetFollowsTheFingerDownwards()
@@ -151,25 +143,18 @@ private slots:
         QCOMPARE(view->sheetOffset(), 0.0);
     }
 
-    void halfTheHeightClosesLessSpringsBack_data()
-    {
-        addRows<double, bool>({
-            {"less", 203.4, false},
-            {"half", 203.5, true},
-            {"more", 300.0, true},
-            {"upwards", -300.0, false},
-        });
-    }
     void halfTheHeightClosesLessSpringsBack()
     {
-        const auto [translation, closes] = currentRow<double, bool>();
-        const auto view = picker(Side::Speaker);
-        view->show();
-        view->dragChanged(translation);
-        view->dragEnded(translation);
-        QCOMPARE(view->isShown(), !closes);
-        QCOMPARE(view->sheetOffset(), closes ? view->sheetHeight() : 0.0);
-        QVERIFY(!view->isDragging());
+        for (const double translation : {203.4, -300.0, 203.5, 300.0}) {
+            const auto view = picker(Side::Speaker);
+            view->show();
+            view->dragChanged(translation);
+            view->dragEnded(translation);
+            const bool closes = translation >= 203.5;
+            QCOMPARE(view->isShown(), !closes);
+            QCOMPARE(view->sheetOffset(), closes ? view->sheetHeight() : 0.0);
+            QVERIFY(!view->isDragging());
+        }
     }
 };
 

@@ -95,16 +95,6 @@ private slots:
         QCOMPARE(recognition().audio().size(), buffers * 682 * 2);
     }
 
-    void theSideChoosesTheLanguageAndTheKeyIsThatOfTheBeginning()
-    {
-        m_around->languages.store(Side::Listener, LanguageOption::telugu);
-        m_around->api.translatedConfig = VLTranslationConfig(u"later"_s, u"westeurope"_s, u"text"_s);
-        start(false);
-        TRY_VERIFY(listens());
-        QCOMPARE(recognition().settingsAtStart()->recognitionLanguage, u"te-IN"_s);
-        QCOMPARE(recognition().settingsAtStart()->key, secrets::speechKey);
-    }
-
     void whatHasNoTextIsAnEmptyResultOrOnlyALine()
     {
         start(true);
@@ -128,27 +118,30 @@ private slots:
         start(true);
         TRY_VERIFY(listens());
         const FakeRecognition first = recognition();
+        m_around->languages.store(Side::Listener, LanguageOption::telugu);
+        m_around->api.translatedConfig = VLTranslationConfig(u"later"_s, u"westeurope"_s, u"text"_s);
         start(false);
         TRY_COMPARE(m_around->platform.speechService->recognitionCount(), 2);
         TRY_COMPARE(capture().installTapCount(), 2);
+        QCOMPARE(recognition().settingsAtStart()->recognitionLanguage, u"te-IN"_s); // of its side
+        QCOMPARE(recognition().settingsAtStart()->key, secrets::speechKey);         // that of the model's beginning
         QVERIFY(!first.isAlive());
         QVERIFY(capture().removeTapCount() >= 2); // before each installation
         TRY_VERIFY(capture().hearSilence());
         TRY_VERIFY(!recognition().audio().isEmpty());
     }
 
-    void aFailedStartIsSaidAndTheMicrophoneStartsRegardless()
+    void aFailedStartIsSaidAndWithoutAMicrophoneRecognitionWaitsInSilence()
     {
-        const CapturedConsole console;
-        m_around->platform.speechService->failNextStart(u"no start"_s);
-        m_around->platform.audio->failNextEngineStart(u"no microphone"_s);
-        start(true);
-        TRY_COMPARE(console.lines(),
-                    (QStringList{u"Error starting continuous recognition: no start"_s, u"no microphone"_s}));
-    }
-
-    void withoutAMicrophoneRecognitionWaitsInSilence()
-    {
+        {
+            const CapturedConsole console;
+            m_around->platform.speechService->failNextStart(u"no start"_s);
+            m_around->platform.audio->failNextEngineStart(u"no microphone"_s);
+            start(true);
+            TRY_COMPARE(console.lines(),
+                        (QStringList{u"Error starting continuous recognition: no start"_s, u"no microphone"_s}));
+        }
+        init();
         const CapturedConsole console;
         m_around->platform.audio->setInputFormat({0, 1, AudioFormat::SampleType::Float32});
         start(true);
@@ -203,19 +196,9 @@ private slots:
         m_outcomes.clear();
     }
 
-    void theRequestIsWhatTheTranslatorExpects_data()
-    {
-        addRows<QString, QByteArray>({
-            {"plain", u"नमस्ते"_s, R"([{"Text":"नमस्ते"}])"},
-            {"nothing is escaped", u"a \"b\" \\ c"_s, "[{\"Text\":\"a \"b\" \\ c\"}]"},
-        });
-    }
     void theRequestIsWhatTheTranslatorExpects()
     {
-        const auto [text, body] = currentRow<QString, QByteArray>();
-        translate(text, u"te"_s);
-        m_around->api.translatedConfig.reset();
-        translate(text, u"te"_s);
+        translate(u"a \"नमस्ते\" \\ c"_s, u"te"_s);
         const HttpRequest request = network().request(0);
         QCOMPARE(request.method, QByteArray("POST"));
         QCOMPARE(request.url.toString(QUrl::FullyEncoded),
@@ -223,11 +206,12 @@ private slots:
         QCOMPARE(request.headers, (HttpHeaders{{"Ocp-Apim-Subscription-Key", secrets::translationKey.data()},
                                                {"Content-Type", "application/json"},
                                                {"Ocp-Apim-Subscription-Region", "centralindia"}}));
-        QCOMPARE(request.body, body);
+        QCOMPARE(request.body, "[{\"Text\":\"a \"नमस्ते\" \\ c\"}]"); // nothing is escaped
         QVERIFY(!request.timeout);
-        const HttpRequest withoutKeys = network().request(1);
-        QCOMPARE(withoutKeys.headers.at(0).second, QByteArray(""));
-        QCOMPARE(withoutKeys.headers.at(2).second, QByteArray(""));
+        m_around->api.translatedConfig.reset();
+        translate(u"x"_s, u"te"_s);
+        QCOMPARE(network().request(1).headers.at(0).second, QByteArray(""));
+        QCOMPARE(network().request(1).headers.at(2).second, QByteArray(""));
     }
 
     void anAnswerIsATextAnErrorOrSilence_data()
@@ -304,37 +288,23 @@ private slots:
         m_completed = 0;
     }
 
-    void theVoiceIsThatOfTheSideUnlessOneIsNamed_data()
-    {
-        addRows<bool, QString, QString>({
-            {"speaker", true, {}, "en-US-AriaNeural"},
-            {"listener", false, {}, "hi-IN-SwaraNeural"},
-            {"named", true, "te-IN-ShrutiNeural", "te-IN-ShrutiNeural"},
-        });
-    }
     void theVoiceIsThatOfTheSideUnlessOneIsNamed()
     {
-        const auto [isSpeaker, voiceName, spoken] = currentRow<bool, QString, QString>();
         m_around->platform.speechService->completeSpeakingAtOnce();
         const CapturedConsole console;
-        speak(u"Hello."_s, isSpeaker, voiceName);
+        speak(u"Hello."_s, true);
         const FakeUtterance utterance = m_around->platform.speechService->lastUtterance();
         QCOMPARE(utterance.text(), u"Hello."_s);
-        QCOMPARE(utterance.settings().voiceName, spoken);
+        QCOMPARE(utterance.settings().voiceName, u"en-US-AriaNeural"_s);
         QCOMPARE(utterance.settings().key, secrets::speechKey);
         QCOMPARE(m_around->platform.audio->setCategoryCount(), 1);
         QVERIFY(m_around->platform.audio->isSessionActive());
         QCOMPARE(m_completed.load(), 1);
         QCOMPARE(console.lines(), QStringList{u"completedSynthesizer"_s});
-    }
-
-    void anEmptyTextPreparesEverythingAndSpeaksNothing()
-    {
-        speak({});
-        QCOMPARE(m_around->platform.audio->setActiveCount(), 1);
-        QCOMPARE(m_around->platform.speechService->synthesizerCount(), 1);
-        QCOMPARE(m_around->platform.speechService->utteranceCount(), 0);
-        QCOMPARE(m_completed.load(), 0);
+        speak(u"Hello."_s, false);
+        QCOMPARE(m_around->platform.speechService->lastUtterance().settings().voiceName, u"hi-IN-SwaraNeural"_s);
+        speak(u"Hello."_s, true, u"te-IN-ShrutiNeural"_s);
+        QCOMPARE(m_around->platform.speechService->lastUtterance().settings().voiceName, u"te-IN-ShrutiNeural"_s);
     }
 
     void aStopReachesTextsThatTheirThreadHasNotComeTo()
@@ -356,10 +326,14 @@ private slots:
         QCOMPARE(m_completed.load(), 1);
     }
 
-    void everyFailureIsItsLineAndNothingElse()
+    void anEmptyTextSpeaksNothingAndEveryFailureIsItsLine()
     {
         FakeSpeechService &service = *m_around->platform.speechService;
         const CapturedConsole console;
+        speak({}); // prepares everything
+        QCOMPARE(m_around->platform.audio->setActiveCount(), 1);
+        QCOMPARE(service.synthesizerCount(), 1);
+        QCOMPARE(service.utteranceCount(), 0);
         service.failNextSynthesizer(u"no loudspeaker"_s);
         speak(u"a"_s);
         service.failNextSpeakText(u"taken away"_s);
@@ -395,10 +369,6 @@ template struct vynlex::InSuite<TestSpeachToText>;
 template struct vynlex::InSuite<TestTextToText>;
 template struct vynlex::InSuite<TestTextToSpeach>;
 
-int main(int argc, char **argv)
-{
-    const QCoreApplication application(argc, argv);
-    return runSuite(argc, argv);
-}
+SUITE_MAIN(QCoreApplication)
 
 #include "tst_translation_models.moc"
