@@ -1,7 +1,6 @@
 #include "platform/ui/ScreenHost.h"
 #include "platform/ui/ScreenWindow.h"
 #include "tests/fakes/Patience.h"
-#include "tests/fakes/Rows.h"
 #include "tests/fakes/Suite.h"
 
 #include <QQmlEngine>
@@ -191,39 +190,30 @@ private slots:
         QCOMPARE(stage.root->presses, 0);
     }
 
-    void screensSlideInAndOut_data()
-    {
-        addRows<ViewController::ModalTransitionStyle>({
-            {"cover", ViewController::ModalTransitionStyle::CoverVertical},
-            {"push", ViewController::ModalTransitionStyle::PushFromRight},
-            {"dissolve", ViewController::ModalTransitionStyle::CrossDissolve},
-        });
-    }
     void screensSlideInAndOut()
     {
-        const auto [style] = currentRow<ViewController::ModalTransitionStyle>();
-        Stage stage(screen(u"root"_s));
-        const auto top = screen(u"top"_s);
-        top->modalTransitionStyle = style;
+        using Style = ViewController::ModalTransitionStyle;
+        for (const Style style : {Style::CoverVertical, Style::PushFromRight, Style::CrossDissolve}) {
+            Stage stage(screen(u"root"_s));
+            const auto top = screen(u"top"_s);
+            top->modalTransitionStyle = style;
+            stage.root->present(top, Animated::Yes);
+            QVERIFY(stage.host.isMoving() && stage.view(u"root"_s)->isVisible());
+            const QQuickItem *const frame = stage.view(u"top"_s)->parentItem();
+            QCOMPARE(frame->x(), style == Style::PushFromRight ? 390.0 : 0.0);
+            QCOMPARE(frame->y(), style == Style::CoverVertical ? 844.0 : 0.0);
+            QCOMPARE(frame->opacity(), style == Style::CrossDissolve ? 0.0 : 1.0);
+            TRY_VERIFY(!stage.host.isMoving());
+            QCOMPARE(frame->position(), QPointF());
+            QCOMPARE(frame->opacity(), 1.0);
+            QVERIFY(!stage.view(u"root"_s)->isVisible());
 
-        stage.root->present(top, Animated::Yes);
-        QVERIFY(stage.host.isMoving());
-        const QQuickItem *const frame = stage.view(u"top"_s)->parentItem();
-        QCOMPARE(frame->x(), style == ViewController::ModalTransitionStyle::PushFromRight ? 390.0 : 0.0);
-        QCOMPARE(frame->y(), style == ViewController::ModalTransitionStyle::CoverVertical ? 844.0 : 0.0);
-        QCOMPARE(frame->opacity(), style == ViewController::ModalTransitionStyle::CrossDissolve ? 0.0 : 1.0);
-        QVERIFY(stage.view(u"root"_s)->isVisible());
-        TRY_VERIFY(!stage.host.isMoving());
-        QCOMPARE(frame->position(), QPointF());
-        QCOMPARE(frame->opacity(), 1.0);
-        QVERIFY(!stage.view(u"root"_s)->isVisible());
-
-        stage.root->dismiss(Animated::Yes);
-        QVERIFY(stage.host.isMoving());
-        QVERIFY(stage.view(u"root"_s)->isVisible());
-        stage.root->present(top, Animated::Yes); // at once again, while the old view is still on its way out
-        TRY_VERIFY(!stage.host.isMoving());
-        QVERIFY(stage.view(u"top"_s));
+            stage.root->dismiss(Animated::Yes);
+            QVERIFY(stage.host.isMoving() && stage.view(u"root"_s)->isVisible());
+            stage.root->present(top, Animated::Yes); // at once again, while the old view is still on its way out
+            TRY_VERIFY(!stage.host.isMoving());
+            QVERIFY(stage.view(u"top"_s));
+        }
     }
 
     void theHostMayGoAtAnyTime()
@@ -247,10 +237,6 @@ private slots:
 
 template struct vynlex::InSuite<tst_screen_host>;
 
-int main(int argc, char **argv)
-{
-    const QGuiApplication application(argc, argv);
-    return runSuite(argc, argv);
-}
+SUITE_MAIN(QGuiApplication)
 
 #include "tst_screen_host.moc"
