@@ -1,12 +1,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <atomic>
-#include <mutex>
 #include <vector>
 
 #include "AudioPortContract.h"
-#include "Waves.h"
 #include "platform/audio/WavAudioPlayer.h"
 #include "platform/audio/WavFile.h"
 #include "platform/audio/WavMicrophone.h"
@@ -15,13 +12,12 @@
 #include "tests/fakes/FakeAudio.h"
 #include "tests/fakes/Patience.h"
 #include "tests/fakes/Rows.h"
+#include "tests/fakes/Suite.h"
 
 using namespace vynlex;
 
 using SampleType = AudioFormat::SampleType;
 using Pace = WavMicrophone::Pace;
-using MakeMicrophone = std::function<contract::Microphone()>;
-Q_DECLARE_METATYPE(MakeMicrophone)
 
 namespace {
 
@@ -75,45 +71,36 @@ class TestWavAudio : public QObject {
     Q_OBJECT
 
 private slots:
-    void microphones_data()
+    void microphonesKeepTheirPromises()
     {
-        addRows<MakeMicrophone>({
-            {"fake", MakeMicrophone(fakeMicrophone)},
-            {"WAV, real time", MakeMicrophone([] { return wavMicrophone(Pace::RealTime); })},
-            {"WAV, fast", MakeMicrophone([] { return wavMicrophone(Pace::AsFastAsAccepted); })},
-        });
-    }
-    void microphones()
-    {
-        const auto [make] = currentRow<MakeMicrophone>();
-        contract::engineKeepsItsPromises(make);
-        contract::aTapMayRemoveItselfAndStopTheEngine(make);
-    }
-
-    void loudspeakers()
-    {
-        FakeAudio audio;
-        contract::playerKeepsItsPromises([&] { return audio.makePlayer(); },
-                                         [&] { QVERIFY(audio.lastPlayback().complete()); });
-        const QTemporaryDir folder;
-        for (const auto pace : {WavAudioPlayer::Pace::RealTime, WavAudioPlayer::Pace::AsFastAsWritten}) {
-            // Nobody can stop what is heard at once; it is over before.
-            if (pace == WavAudioPlayer::Pace::AsFastAsWritten)
-                continue;
-            int number = 0;
-            contract::playerKeepsItsPromises(
-                [&] { return std::make_unique<WavAudioPlayer>(folder.filePath(QString::number(++number)), pace); }, {});
+        for (const auto &make :
+             {std::function(fakeMicrophone), std::function([] { return wavMicrophone(Pace::RealTime); }),
+              std::function([] { return wavMicrophone(Pace::AsFastAsAccepted); })}) {
+            contract::engineKeepsItsPromises(make);
+            contract::aTapMayRemoveItselfAndStopTheEngine(make);
         }
-    }
-
-    void aSecondTapIsAProgrammingError()
-    {
         const QString message = fatalErrorOf([] {
             const auto engine = WavMicrophone(Pace::RealTime).makeEngine();
             engine->installTap(10, [](const PcmBuffer &) {});
             engine->installTap(10, [](const PcmBuffer &) {});
         });
         QVERIFY(message.contains("Remove it first"));
+    }
+
+    void loudspeakersKeepTheirPromises()
+    {
+        FakeAudio audio;
+        contract::playerKeepsItsPromises([&] { return audio.makePlayer(); },
+                                         [&] { QVERIFY(audio.lastPlayback().complete()); });
+        // Only in real time: nobody can stop what is heard at once.
+        const QTemporaryDir folder;
+        int number = 0;
+        contract::playerKeepsItsPromises(
+            [&] {
+                const QString path = folder.filePath(QString::number(++number));
+                return std::make_unique<WavAudioPlayer>(path, WavAudioPlayer::Pace::RealTime);
+            },
+            {});
     }
 
     void everySampleOfAFileIsHeardAndThenABoundedSilence_data()
@@ -207,43 +194,38 @@ private slots:
         const QTemporaryDir folder;
         const QString path = folder.filePath("spoken.wav");
         Guarded<std::vector<WavAudioPlayer::Heard>> heard;
-        WavAudioPlayer player(path, WavAudioPlayer::Pace::AsFastAsWritten, [&](const WavAudioPlayer::Heard &one) {
+        const auto note = [&](const WavAudioPlayer::Heard &one) {
             heard.with([&](auto &list) { list.push_back(one); });
-        });
-        QVERIFY(player.start(speech));
-        player.write(ramp(1000));
-        player.write(ramp(500));
+        };
+        WavAudioPlayer whole(path, WavAudioPlayer::Pace::AsFastAsWritten, note);
+        QVERIFY(whole.start(speech));
+        whole.write(ramp(1000));
+        whole.write(ramp(500));
         contract::Ends ends;
-        player.finish(ends.callback());
+        whole.finish(ends.callback());
         TRY_COMPARE(ends.copy(), QStringList{""});
         QCOMPARE(WavFile::read(path).value().data, ramp(1000) + ramp(500));
-        QCOMPARE(heard.copy().size(), std::size_t(1));
-        QCOMPARE(heard.copy().front().path, path);
-        QVERIFY(heard.copy().front().toTheEnd);
-    }
+        QCOMPARE(heard.copy().at(0).path, path);
+        QVERIFY(heard.copy().at(0).toTheEnd);
 
-    void whatIsStoppedKeepsWhatWasHeard()
-    {
-        const QTemporaryDir folder;
-        const QString path = folder.filePath("spoken.wav");
-        std::atomic<bool> toTheEnd = true;
-        WavAudioPlayer player(path, WavAudioPlayer::Pace::RealTime,
-                              [&](const WavAudioPlayer::Heard &one) { toTheEnd = one.toTheEnd; });
-        QVERIFY(player.start(speech));
-        const QByteArray hour = QByteArray("\x01\x02", 2).repeated(16000 * 60);
-        player.write(hour);
-        player.finish([](const auto &) { QFAIL("it was stopped"); });
-        player.stop();
-        QVERIFY(!toTheEnd);
-        const QByteArray file = [&] {
-            QFile written(path);
-            return written.open(QIODevice::ReadOnly) ? written.readAll() : QByteArray();
-        }();
-        QVERIFY(file.size() >= 44 && file.size() < 44 + hour.size() / 2);
-        if (file.size() > 44)
-            QVERIFY(hour.startsWith(WavFile::parse(file, "a").value().data));
+        WavAudioPlayer stopped(path, WavAudioPlayer::Pace::RealTime, note);
+        QVERIFY(stopped.start(speech));
+        const QByteArray minute = QByteArray("\x01\x02", 2).repeated(16000 * 60);
+        stopped.write(minute);
+        stopped.finish([](const auto &) { QFAIL("it was stopped"); });
+        stopped.stop();
+        QCOMPARE(heard.copy().size(), std::size_t(2));
+        QVERIFY(!heard.copy().at(1).toTheEnd);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray kept = file.readAll();
+        QVERIFY(kept.size() >= 44 && kept.size() < 44 + minute.size() / 2);
+        if (kept.size() > 44)
+            QVERIFY(minute.startsWith(WavFile::parse(kept, "a").value().data));
     }
 };
 
-QTEST_GUILESS_MAIN(TestWavAudio)
+template struct vynlex::InSuite<TestWavAudio>;
+SUITE_MAIN(QCoreApplication)
+
 #include "tst_wav_audio.moc"
