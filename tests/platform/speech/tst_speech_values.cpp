@@ -140,10 +140,6 @@ template struct vynlex::InSuite<TestSpeechConfig>;
 template struct vynlex::InSuite<TestSpeechMessage>;
 template struct vynlex::InSuite<TestPushAudioInputStream>;
 
-int main(int argc, char **argv)
-{
-    const QCoreApplication application(argc, argv);
-    return runSuite(argc, argv);
-}
+SUITE_MAIN(QCoreApplication)
 
 #include "tst_speech_values.moc"
