@@ -11,10 +11,9 @@
 #include <thread>
 #include <vector>
 
-#include "tests/fakes/Rows.h"
+#include "tests/fakes/Suite.h"
 
 using sandbox::CertificateAuthority;
-using namespace vynlex;
 
 class CertificateAuthorityTest : public QObject {
     Q_OBJECT
@@ -50,60 +49,47 @@ class CertificateAuthorityTest : public QObject {
     }
 
 private slots:
-    void init() { QVERIFY(m_folder.isValid()); }
     void cleanup() { QVERIFY(QDir(m_folder.filePath("authority")).removeRecursively()); }
 
-    void keysAreForTheirOwnerOnly()
+    void whatWasMadeIsKeptForItsOwnerOnly()
     {
-        make({"a.example.com"});
+        const auto all = [this] {
+            return content("ca.pem") + content("ca.key") + content("host.pem") + content("host.key");
+        };
+        make({"a.example.com", "*.b.example.com"});
         QCOMPARE(mode(m_folder.filePath("authority")), mode_t(0700));
         QCOMPARE(mode(path("ca.key")), mode_t(0600));
         QCOMPARE(mode(path("host.key")), mode_t(0600));
-    }
-
-    void aSecondStartKeepsEverything()
-    {
-        make({"a.example.com", "*.b.example.com"});
-        const auto before = content("ca.pem") + content("ca.key") + content("host.pem") + content("host.key");
+        const auto before = all();
         make({"*.b.example.com", "a.example.com"});
-        QCOMPARE(content("ca.pem") + content("ca.key") + content("host.pem") + content("host.key"), before);
-    }
+        QCOMPARE(all(), before);
 
-    void otherNamesGetAnotherCertificateFromTheSameAuthority()
-    {
-        make({"a.example.com"});
         const auto authority = content("ca.pem");
         const auto host = content("host.pem");
-        make({"a.example.com", "b.example.com"});
+        make({"a.example.com", "c.example.com"}); // other names: another certificate from the same authority
         QCOMPARE(content("ca.pem"), authority);
         QVERIFY(content("host.pem") != host);
     }
 
-    void aDamagedAuthorityIsReportedAndLeftAlone_data()
-    {
-        addRows<QByteArray>({{"key", "ca.key"}, {"certificate", "ca.pem"}});
-    }
     void aDamagedAuthorityIsReportedAndLeftAlone()
-    {
-        const auto [file] = currentRow<QByteArray>();
-        make({"a.example.com"});
-        write(file, "damaged");
-        try {
-            make({"a.example.com"});
-            QFAIL("accepted");
-        } catch (const std::runtime_error &error) {
-            QVERIFY2(QByteArray(error.what()).contains(file), error.what());
-        }
-        QCOMPARE(content(file), QByteArray("damaged"));
-    }
-
-    void aKeyOfAnotherAuthorityIsRefused()
     {
         make({"a.example.com"});
         const auto key = content("ca.key");
-        QVERIFY(QDir(m_folder.filePath("authority")).removeRecursively());
+        for (const char *file : {"ca.key", "ca.pem"}) {
+            cleanup();
+            make({"a.example.com"});
+            write(file, "damaged");
+            try {
+                make({"a.example.com"});
+                QFAIL("accepted");
+            } catch (const std::runtime_error &error) {
+                QVERIFY2(QByteArray(error.what()).contains(file), error.what());
+            }
+            QCOMPARE(content(file), QByteArray("damaged"));
+        }
+        cleanup();
         make({"a.example.com"});
-        write("ca.key", key);
+        write("ca.key", key); // of another authority
         QVERIFY_EXCEPTION_THROWN(make({"a.example.com"}), std::runtime_error);
     }
 
@@ -120,5 +106,6 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(CertificateAuthorityTest)
+template struct vynlex::InSuite<CertificateAuthorityTest>;
+
 #include "tst_certificateauthority.moc"

@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Suite.h"
 #include "tests/sandbox/server/RunningServer.h"
 #include "tests/sandbox/server/TestClient.h"
 
@@ -26,7 +27,7 @@ asio::awaitable<void> sendNumber(std::shared_ptr<WebSocketConnection> connection
     co_await connection->sendText(std::to_string(number) + std::string(static_cast<std::size_t>(number) * 1000, '.'));
 }
 
-/// Echoes; "burst" is answered by several writers at once, "close" by a close with a code.
+/// Echoes; "burst" is answered by several writers at once.
 asio::awaitable<void> serve(std::shared_ptr<WebSocketConnection> connection, const HttpRequest &)
 {
     for (;;) {
@@ -36,9 +37,6 @@ asio::awaitable<void> serve(std::shared_ptr<WebSocketConnection> connection, con
         if (message->data == "burst") {
             for (int i = 0; i < 100; ++i)
                 asio::co_spawn(connection->executor(), sendNumber(connection, i), asio::detached);
-        } else if (message->data == "close") {
-            co_await connection->close(4001, "you asked for it");
-            co_await connection->sendText("dropped, for the connection is closed");
         } else if (message->binary) {
             co_await connection->sendBinary(message->data);
         } else {
@@ -74,19 +72,6 @@ class SandboxWebSocketTest : public QObject {
 private slots:
     void cleanup() { m_server.faults().clear(); }
 
-    void messagesGoBothWays()
-    {
-        for (const Way way : {Way::Direct, Way::ThroughProxy}) {
-            TestClient client(m_server.listening(), host, way);
-            QCOMPARE(client.upgrade("/listen?language=hi-IN", key), 101U);
-            const std::string large(150'000, 'x');
-            for (const auto &text : {std::string("नमस्ते"), std::string(), large}) {
-                client.sendText(text);
-                QCOMPARE(client.receive().text, text);
-            }
-        }
-    }
-
     void aRefusalGoesOutInsteadOfTheUpgrade()
     {
         TestClient client(m_server.listening(), host);
@@ -104,16 +89,6 @@ private slots:
             const auto text = client.receive().text;
             QCOMPARE(text, std::to_string(i) + std::string(static_cast<std::size_t>(i) * 1000, '.'));
         }
-    }
-
-    void theServiceClosesWithACode()
-    {
-        TestClient client(m_server.listening(), host);
-        client.upgrade("/listen", key);
-        client.sendText("close");
-        const auto event = client.receive();
-        QCOMPARE(event.closeCode.value_or(0), 4001);
-        QCOMPARE(event.closeReason, "you asked for it");
     }
 
     void aMessageBeyondTheLimitEndsTheConnection()
@@ -214,5 +189,6 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(SandboxWebSocketTest)
+template struct vynlex::InSuite<SandboxWebSocketTest>;
+
 #include "tst_sandbox_websocket.moc"
