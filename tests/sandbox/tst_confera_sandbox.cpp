@@ -1,22 +1,13 @@
-#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <signal.h>
-
 #include "tests/fakes/Patience.h"
 #include "tests/fakes/Rows.h"
 
 using namespace vynlex;
-
-namespace {
-
-constexpr int limitMs = vynlex::patienceMs;
-
-} // namespace
 
 /// The program itself, from its command line to its end.
 class ConferaSandboxTest : public QObject {
@@ -26,13 +17,13 @@ class ConferaSandboxTest : public QObject {
 
     void start(QProcess &process, QStringList arguments) const
     {
-        arguments << "--data" << m_folder.path();
+        arguments << "--data" << m_folder.filePath("new/folder");
         process.start(SANDBOX_PROGRAM, arguments);
     }
 
     static QJsonObject readyLine(QProcess &process)
     {
-        while (!process.canReadLine() && process.waitForReadyRead(limitMs))
+        while (!process.canReadLine() && process.waitForReadyRead(patienceMs))
             continue;
         return QJsonDocument::fromJson(process.readLine()).object();
     }
@@ -41,7 +32,7 @@ class ConferaSandboxTest : public QObject {
     {
         QProcess process;
         process.start("curl", QStringList{"--silent", "--show-error", "--max-time", "60"} + arguments);
-        process.waitForFinished(limitMs);
+        process.waitForFinished(patienceMs);
         return process.readAllStandardOutput() + process.readAllStandardError();
     }
 
@@ -74,7 +65,7 @@ private slots:
         QVERIFY(!log.contains("mine"));
 
         process.terminate();
-        QVERIFY(process.waitForFinished(limitMs));
+        QVERIFY(process.waitForFinished(patienceMs));
         QCOMPARE(process.exitStatus(), QProcess::NormalExit);
         QCOMPARE(process.exitCode(), 0);
         QCOMPARE(process.readAllStandardError(), "");
@@ -86,7 +77,7 @@ private slots:
         start(process, {"--stop-with-parent"});
         QVERIFY(!readyLine(process).isEmpty());
         process.closeWriteChannel();
-        QVERIFY(process.waitForFinished(limitMs));
+        QVERIFY(process.waitForFinished(patienceMs));
         QCOMPARE(process.exitCode(), 0);
     }
 
@@ -104,7 +95,7 @@ private slots:
         const auto [arguments, exitCode, reason] = currentRow<QStringList, int, QByteArray>();
         QProcess process;
         start(process, arguments);
-        QVERIFY(process.waitForFinished(limitMs));
+        QVERIFY(process.waitForFinished(patienceMs));
         QCOMPARE(process.exitCode(), exitCode);
         QCOMPARE(process.readAllStandardOutput(), "");
         const auto error = process.readAllStandardError();

@@ -5,7 +5,6 @@
 #include <boost/system/system_error.hpp>
 
 #include <memory>
-#include <thread>
 #include <vector>
 
 #include "sandbox/backend/BackendHosts.h"
@@ -152,30 +151,6 @@ private slots:
             QCOMPARE(socket->violations, QStringList());
     }
 
-    void messagesAreToldInTheOrderInWhichTheyAreStored()
-    {
-        const auto socket = socketOf(rohan);
-        constexpr int senders = 4;
-        constexpr int each = 25;
-        std::vector<std::thread> threads;
-        for (int i = 0; i < senders; ++i) {
-            threads.emplace_back([&, i] {
-                Caller caller(listening());
-                caller.as(i % 2 == 0 ? asha : rohan);
-                for (int j = 0; j < each; ++j)
-                    caller.ask("POST", messagesOf(longThread), messageBody(QString::number(j)));
-            });
-        }
-        for (auto &thread : threads)
-            thread.join();
-        QStringList heard;
-        for (int i = 0; i < senders * each; ++i)
-            heard.prepend(socket->hear()["data"][u"_id"].toString());
-        Caller caller(listening());
-        QCOMPARE(heard, listed(caller.as(asha).messages(senders * each, 0).json, "messages", "_id"));
-        QCOMPARE(socket->violations, QStringList());
-    }
-
     void onlyAGoodTokenLogsIn()
     {
         Socket socket(listening(), backendHosts.front().socket);
@@ -207,15 +182,10 @@ private slots:
     {
         addRows<QByteArray, QString>({
             {"not JSON", "{", "not JSON: incomplete JSON"},
-            {"no object", "[]", "must be an object"},
             {"no data", R"({"event":"login"})", "data: is missing"},
             {"unknown event", frame("logout", {}), "event: is none of login, amAlive, ack"},
             {"a key too many", frame("login", {{"token", "t"}, {"user", "u"}}), "data.user: is unknown"},
             {"a number as token", frame("login", {{"token", 1}}), "data.token: must be a text"},
-            {"a keep-alive with an empty token", frame("amAlive", {{"token", ""}}),
-             "data.token: must be a token or \"(null)\""},
-            {"a time that is a number", frame("ack", {{"originalEvent", "chatMessage"}, {"timestamp", 1769850900}}),
-             "data.timestamp: must be whole seconds in decimal digits, as a text"},
             {"a time with a fraction", frame("ack", {{"originalEvent", "chatMessage"}, {"timestamp", "1769850900.5"}}),
              "data.timestamp: must be whole seconds in decimal digits, as a text"},
         });
@@ -278,29 +248,6 @@ private slots:
         QVERIFY(sent >= 9 && sent < 1000);
         QCOMPARE(lastProblem(), "does not read: dropped with 9 frames waiting");
         QVERIFY_EXCEPTION_THROWN(while (true) slow->hear(), boost::system::system_error);
-    }
-
-    void twoHundredSessionsHearEverything()
-    {
-        constexpr int messages = 20;
-        std::vector<std::unique_ptr<Socket>> sockets;
-        const std::string good = token(rohan);
-        for (int i = 0; i < 200; ++i) {
-            sockets.push_back(std::make_unique<Socket>(listening()));
-            sockets.back()->logIn(good);
-        }
-        TRY_VERIFY(newestSession()["logins"].toInt() == 1);
-        Caller caller(listening());
-        caller.as(asha);
-        QStringList sent;
-        for (int i = 0; i < messages; ++i)
-            sent << caller.ask("POST", messagesOf(longThread), messageBody("one of many")).json["_id"].toString();
-        for (const auto &socket : sockets) {
-            QStringList heard;
-            for (int i = 0; i < messages; ++i)
-                heard << socket->hear()["data"][u"_id"].toString();
-            QCOMPARE(heard, sent);
-        }
     }
 };
 
