@@ -110,11 +110,6 @@ private slots:
             QVERIFY2(QByteArray(e.what()).startsWith(QByteArray::fromStdString(file.path()) + error), e.what());
         }
     }
-
-    void aMissingFileIsAnError()
-    {
-        QVERIFY_EXCEPTION_THROWN((void)Phrasebook::load("no/such/book.tsv"), std::runtime_error);
-    }
 };
 
 QTEST_APPLESS_MAIN(PhrasebookTest)

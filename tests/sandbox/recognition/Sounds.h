@@ -5,7 +5,6 @@
 
 #include <cmath>
 #include <cstdint>
-#include <numbers>
 #include <random>
 #include <string>
 #include <vector>
@@ -18,15 +17,6 @@ using Samples = std::vector<std::int16_t>;
 inline Samples silence(int ms)
 {
     return Samples(static_cast<std::size_t>(ms) * 16, 0);
-}
-
-inline Samples tone(int ms, double hz, double amplitude)
-{
-    auto samples = silence(ms);
-    for (std::size_t i = 0; i < samples.size(); ++i)
-        samples[i] = static_cast<std::int16_t>(
-            std::lround(amplitude * std::sin(2 * std::numbers::pi * hz * static_cast<double>(i) / 16000)));
-    return samples;
 }
 
 inline Samples noise(int ms, double rms, unsigned seed = 1)

@@ -9,11 +9,10 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "tests/fakes/Rows.h"
+#include "tests/fakes/Suite.h"
 
 using sandbox::PhoneMap;
 using sandbox::RecogniserModels;
-using namespace vynlex;
 
 namespace {
 
@@ -39,29 +38,16 @@ class PronunciationsTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void phonemesBecomePhones_data()
-    {
-        addRows<QByteArray, QByteArray>({
-            {"longest phoneme first", "tʰat", "TH AA T"},
-            {"stress does not count", "tˈaˌt", "T AA T"},
-            {"breathy is aspirated", "tʱa", "TH AA"},
-            {"alternatives, the nearest first", "da", "D AA, DH AA"},
-            {"a phone may be left out", "a\u0303", "AA, AA N"},
-            {"unknown phoneme", "taʘ", {}},
-        });
-    }
     void phonemesBecomePhones()
     {
-        const auto [ipa, expected] = currentRow<QByteArray, QByteArray>();
-        const auto map = mapOf("hi\ta\tAA\nhi\tt\tT\nhi\ttʰ\tTH\nhi\td\tD, DH\nhi\t~\t, N\nhi\tc\tT S\n");
-        QCOMPARE(joined(map.pronunciations(ipa.toStdString(), "hi")), expected);
-        QVERIFY(map.pronunciations(ipa.toStdString(), "te").empty());
-    }
-
-    void theLikeliestOfManyAreKept()
-    {
-        const auto map = mapOf("hi\td\tD, DH, T\nhi\ta\tAA\n");
-        QCOMPARE(joined(map.pronunciations("dada", "hi", 3)), "D AA D AA, D AA DH AA, DH AA D AA");
+        const auto map = mapOf("hi\ta\tAA\nhi\tt\tT\nhi\ttʰ\tTH\nhi\td\tD, DH, T\nhi\t~\t, N\n");
+        const auto phones = [&](const char *ipa) { return joined(map.pronunciations(ipa, "hi", 3)); };
+        QCOMPARE(phones("tʰˈat"), "TH AA T");                          // the longest phoneme; stress does not count
+        QCOMPARE(phones("tʱa"), "TH AA");                              // breathy is aspirated
+        QCOMPARE(phones("dada"), "D AA D AA, D AA DH AA, DH AA D AA"); // the likeliest of many
+        QCOMPARE(phones("a\u0303"), "AA, AA N");                       // a phone may be left out
+        QCOMPARE(phones("taʘ"), QByteArray());
+        QVERIFY(map.pronunciations("ta", "te").empty());
     }
 
     void aBadFileIsNamedWithItsLine()
@@ -94,17 +80,8 @@ private slots:
             }
         }
     }
-
-    void missingModelsAreAnError()
-    {
-        RecogniserModels::Files files;
-        files.acousticModel = "no/such/model";
-        QVERIFY_EXCEPTION_THROWN((void)RecogniserModels::load(files), std::runtime_error);
-        files = {};
-        files.dictionary = "no/such/dictionary";
-        QVERIFY_EXCEPTION_THROWN((void)RecogniserModels::load(files)->grammar("en"), std::runtime_error);
-    }
 };
 
-QTEST_APPLESS_MAIN(PronunciationsTest)
+template struct vynlex::InSuite<PronunciationsTest>;
+
 #include "tst_pronunciations.moc"

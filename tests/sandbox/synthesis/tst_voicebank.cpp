@@ -87,35 +87,6 @@ private slots:
         QCOMPARE(pieces, 3);
         QVERIFY(spoken(bank, "Hello.", "en-US-AriaNeural", 16000).size() > 4000);
     }
-
-    void unknownVoicesAndRatesAreRefused()
-    {
-        VoiceBank bank;
-        QVERIFY(!bank.has("de-DE-KatjaNeural"));
-        QVERIFY(!bank.has(""));
-        QVERIFY_EXCEPTION_THROWN(spoken(bank, "Hello.", "de-DE-KatjaNeural", 16000), std::invalid_argument);
-        QVERIFY_EXCEPTION_THROWN(spoken(bank, "Hello.", "en-US-AriaNeural", 7999), std::invalid_argument);
-    }
-
-    void threadsTakeTurns()
-    {
-        VoiceBank bank;
-        const auto english = spoken(bank, "Good morning.", "en-US-AriaNeural", 16000);
-        const auto hindi = spoken(bank, "सुप्रभात।", "hi-IN-SwaraNeural", 16000);
-        Samples a;
-        Samples b;
-        std::thread first([&] { a = spoken(bank, "Good morning.", "en-US-AriaNeural", 16000); });
-        std::thread second([&] { b = spoken(bank, "सुप्रभात।", "hi-IN-SwaraNeural", 16000); });
-        first.join();
-        second.join();
-        // The engine's flutter never repeats exactly; mixed-up voices would differ by far more.
-        const auto alike = [](const Samples &x, const Samples &y) {
-            return std::abs(static_cast<double>(x.size()) / static_cast<double>(y.size()) - 1) < 0.03 &&
-                   std::abs(rms(x) / rms(y) - 1) < 0.1;
-        };
-        QVERIFY(alike(a, english));
-        QVERIFY(alike(b, hindi));
-    }
 };
 
 QTEST_APPLESS_MAIN(VoiceBankTest)
