@@ -186,24 +186,16 @@ private:
     };
     static Parts parts(const WebSocketMessage &message)
     {
-        std::size_t headBegin = 0;
-        std::size_t headEnd = 0;
-        std::size_t bodyBegin = 0;
-        if (message.binary) {
-            headBegin = 2;
-            headEnd =
-                2 + static_cast<unsigned char>(message.data[0]) * 256U + static_cast<unsigned char>(message.data[1]);
-            bodyBegin = headEnd;
-        } else {
-            headEnd = message.data.find("\r\n\r\n") + 2;
-            bodyBegin = headEnd + 2;
-        }
-        const auto block = message.data.substr(headBegin, headEnd - headBegin);
+        const auto &data = message.data;
+        const auto size = message.binary
+                              ? static_cast<unsigned char>(data[0]) * 256U + static_cast<unsigned char>(data[1])
+                              : data.find("\r\n\r\n") + 2;
+        const auto block = data.substr(message.binary ? 2 : 0, size);
         const auto header = [&](const std::string &name) {
             const auto at = block.find(name + ":") + name.size() + 1;
             return block.substr(at, block.find("\r\n", at) - at);
         };
-        return {header("Path"), header("X-RequestId"), message.data.substr(bodyBegin)};
+        return {header("Path"), header("X-RequestId"), data.substr(size + 2)};
     }
     static std::string field(const std::string &body, const char *name)
     {
@@ -274,47 +266,34 @@ private slots:
         QCOMPARE(c.engines->heard, std::vector<std::int64_t>{(1 + 3 * 3201) / 2});
     }
 
-    void whatIsLeftAtTheEndOfAudioIsNoUtterance_data()
-    {
-        addRows<bool, QStringList>({
-            {"after a phrase", true, QStringList({"Success", "EndOfDictation"})},
-            {"all that was said", false, QStringList({"NoMatch", "EndOfDictation"})},
-        });
-    }
     void whatIsLeftAtTheEndOfAudioIsNoUtterance()
     {
-        const auto [understood, phrases] = currentRow<bool, QStringList>();
-        Conversation c;
-        if (understood)
-            c.engines->script = {{1600, {phrase("नमस्ते।")}}};
-        c.engines->atEnd = {phrase("")};
-        c.dictateOnce(2);
-        auto told = c.told();
-        for (const char *other : {"turn.start", "speech.endDetected", "turn.end"})
-            QCOMPARE(told.removeAll(QString(other)), 1);
-        QCOMPARE(told, phrases);
+        for (const bool understood : {true, false}) {
+            Conversation c;
+            if (understood)
+                c.engines->script = {{1600, {phrase("नमस्ते।")}}};
+            c.engines->atEnd = {phrase("")};
+            c.dictateOnce(2);
+            QCOMPARE(c.told().filter("Success").size(), understood ? 1 : 0);
+            QCOMPARE(c.told().filter("NoMatch").size(), understood ? 0 : 1); // all that was said
+            QCOMPARE(c.told().filter("EndOfDictation").size(), 1);
+        }
     }
 
-    void interactiveModeEndsWithOnePhrase_data()
-    {
-        addRows<QByteArray, QByteArray>({
-            {"by the path", QByteArray(interactive.data()), "Dictation"},
-            {"by the message", QByteArray(universal.data()), "Interactive"},
-        });
-    }
     void interactiveModeEndsWithOnePhrase()
     {
-        const auto [path, mode] = currentRow<QByteArray, QByteArray>();
-        Conversation c;
-        c.engines->script = {{1600, {SpeechEnded{100ms}, phrase("नमस्ते।"), SpeechStarted{100ms}}}};
-        c.open(path.toStdString());
-        c.config();
-        c.text("speech.context", first, quoted("{'phraseDetection':{'mode':'" + mode.toStdString() + "'}}"));
-        c.audio(first, wave);
-        c.sound(first, 5);
-        c.audio(first, "");
-        c.runToTheEnd();
-        QCOMPARE(c.told(), QStringList({"turn.start", "speech.endDetected", "Success", "turn.end"}));
+        for (const auto &[path, mode] : {std::pair{interactive, "Dictation"}, {universal, "Interactive"}}) {
+            Conversation c;
+            c.engines->script = {{1600, {SpeechEnded{100ms}, phrase("नमस्ते।"), SpeechStarted{100ms}}}};
+            c.open(path);
+            c.config();
+            c.text("speech.context", first, quoted("{'phraseDetection':{'mode':'" + std::string(mode) + "'}}"));
+            c.audio(first, wave);
+            c.sound(first, 5);
+            c.audio(first, "");
+            c.runToTheEnd();
+            QCOMPARE(c.told(), QStringList({"turn.start", "speech.endDetected", "Success", "turn.end"}));
+        }
     }
 
     void silenceBeforeSpeechIsReported_data()
@@ -362,8 +341,6 @@ private slots:
         const auto turn = [](Conversation &c) { c.config(), c.beginTurn(first), c.audio(first, ""); };
         addRows<Say, int>({
             {"no configuration", [](Conversation &c) { c.beginTurn(first); }, 1002},
-            {"configuration without context", [](Conversation &c) { c.text("speech.config", first, "{}"); }, 1007},
-            {"context is no object", [](Conversation &c) { c.config(), c.text("speech.context", first, "[]"); }, 1007},
             {"audio without RIFF header", [](Conversation &c) { c.config(), c.sound(first, 1); }, 1007},
             {"too much audio at once",
              [](Conversation &c) { c.config(), c.beginTurn(first), c.audio(first, std::string(8193, 'x')); }, 1007},
@@ -504,20 +481,12 @@ private slots:
             {"another format",
              context(quoted("{'synthesis':{'audio':{'outputFormat':'audio-24khz-48kbitrate-mono-mp3'}}}")), 1007,
              "Unsupported output format audio-24khz-48kbitrate-mono-mp3."},
-            {"flag neither true nor false",
-             context(quoted("{'synthesis':{'audio':{'metadataOptions':{'visemeEnabled':'maybe'}}}}")),
-             1007,
-             {}},
-            {"text without context", [](Conversation &c) { c.config(), c.text("ssml", first, "<speak/>"); }, 1002, {}},
             {"request id used again",
              [](Conversation &c) { c.config(), c.speak(first, "a"), c.speak(first, "a"); },
              1002,
              {}},
-            {"unknown action",
-             [](Conversation &c) { c.config(), c.text("synthesis.control", first, quoted("{'action':'sing'}")); },
-             1007,
-             {}},
             {"audio", [](Conversation &c) { c.config(), c.audio(first, wave); }, 1002, {}},
+            {"a broken voice", [](Conversation &c) { c.config(), c.speak(first, "hoarse"); }, 1011, {}},
             {"a crowd",
              [](Conversation &c) {
                  c.config();
@@ -532,24 +501,17 @@ private slots:
     {
         const auto [say, code, reason] = currentRow<Say, int, QByteArray>();
         Conversation c;
-        c.engines->voice = [&c](const std::string &, const VoiceBank::Sink &) { c.gate.pass(); };
+        c.engines->voice = [&c](const std::string &text, const VoiceBank::Sink &) {
+            if (text == "hoarse")
+                throw std::runtime_error(text);
+            c.gate.pass();
+        };
         c.open(synthesis, "");
         say(c);
         c.run([&] { return c.over; });
         QCOMPARE(c.closeCode(), code);
         if (!reason.isEmpty())
             QCOMPARE(QByteArray::fromStdString(c.connection->closed->reason), reason);
-    }
-
-    void aBrokenVoiceClosesTheConnection()
-    {
-        Conversation c;
-        c.engines->voice = [](const std::string &, const VoiceBank::Sink &) { throw std::runtime_error("hoarse"); };
-        c.open(synthesis, "");
-        c.config();
-        c.speak(first, "Hi");
-        c.run([&] { return c.over; });
-        QCOMPARE(c.closeCode(), 1011);
     }
 
     void synthesisFailsAsAskedFor_data()
