@@ -239,11 +239,8 @@ private slots:
     {
         addRows<QString, QString>({
             {"never stored", {}, u"en-US"_s},
-            {"English", u"English"_s, u"en-US"_s},
             {"Hindi", u"हिंदी"_s, u"hi-IN"_s},
-            {"Gujarati", u"ગુજરાતી"_s, u"gu-IN"_s},
             {"Marathi", u"मराठी"_s, u"mr-IN"_s},
-            {"Bengali", u"বাংলা"_s, u"bn-IN"_s},
             {"Telugu", u"తెలుగు"_s, u"te-IN"_s},
             {"unknown", u"Klingon"_s, u"en-US"_s},
         });
