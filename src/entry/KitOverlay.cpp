@@ -155,7 +155,8 @@ void KitOverlay::fit()
 
 void KitOverlay::keyPressEvent(QKeyEvent *event)
 {
-    event->accept();
+    // Those that move the focus are the window's to handle.
+    event->setAccepted(event->key() != Qt::Key_Tab && event->key() != Qt::Key_Backtab);
     if (event->key() == Qt::Key_Back) {
         // The screens know Escape.
         QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);

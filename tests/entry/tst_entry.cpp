@@ -185,6 +185,9 @@ private slots:
             host.press(Qt::Key_A);
             QCOMPARE(host.page()->property("taps").toInt(), visit);
             QCOMPARE(host.page()->property("keys").toInt(), visit);
+            QQuickItem *const screen = host.window->activeFocusItem();
+            host.press(Qt::Key_Tab); // from the screen to its first control
+            QVERIFY(screen != host.window->activeFocusItem() && screen->isAncestorOf(host.window->activeFocusItem()));
 
             const std::weak_ptr container = openScreens().front();
             if (visit == 1) { // the first press puts the keyboard of a search away
