@@ -14,15 +14,14 @@ Rectangle {
     Accessible.name: heading.text
 
     Keys.onEscapePressed: root.controller.didPressCloseButtonAction()
+    Keys.onPressed: event => scroll.take(event)
 
-    Flickable {
+    Scroller {
         id: scroll
 
         anchors.fill: parent
         contentWidth: root.width
         contentHeight: page.y + page.implicitHeight + Theme.gapHuge + root.window.safeAreaBottom
-        boundsBehavior: Flickable.StopAtBounds
-        interactive: scroll.contentHeight > scroll.height
 
         Column {
             id: page

@@ -15,6 +15,7 @@ FocusScope {
     Keys.onReturnPressed: root.controller.didPressAction(0)
     Keys.onEnterPressed: root.controller.didPressAction(0)
     Keys.onEscapePressed: root.controller.didPressAction(root.controller.actionTitles.length - 1)
+    Keys.onPressed: event => scroller.take(event)
 
     Rectangle {
         anchors.fill: parent
@@ -32,7 +33,9 @@ FocusScope {
         radius: Theme.radiusSheet
         color: Theme.surface
 
-        Flickable {
+        Scroller {
+            id: scroller
+
             anchors.left: parent.left
             anchors.right: parent.right
             anchors.top: parent.top
@@ -40,9 +43,6 @@ FocusScope {
             anchors.margins: Theme.gapHuge
             anchors.bottomMargin: Theme.gapLarge
             contentHeight: words.implicitHeight
-            boundsBehavior: Flickable.StopAtBounds
-            interactive: card.height < card.wanted
-            clip: true
 
             Column {
                 id: words
