@@ -34,7 +34,7 @@ Rectangle {
 
             width: face.width
             height: face.half
-            rotation: 180
+            turned: true
             who: qsTr("Listener")
             language: root.controller.listenerLanguageLabel.text
             text: root.controller.listenerLabel.text

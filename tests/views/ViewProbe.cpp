@@ -54,6 +54,23 @@ bool isToBePressed(QQuickItem &control)
     return accessible(control)->role() != QAccessible::EditableText;
 }
 
+/// Whether an assistive tool takes the control for being where it is seen.
+bool isToldItsPlace(QQuickItem &control)
+{
+    const QRectF seen = control.mapRectToScene({0, 0, control.width(), control.height()});
+    return seen.contains(accessible(control)->rect().center() - control.window()->position());
+}
+
+void listen(QAccessibleInterface &face, QStringList &names)
+{
+    if (face.state().invisible)
+        return;
+    if (const QString name = face.text(QAccessible::Name); !name.isEmpty())
+        names.append(name);
+    for (int child = 0; child < face.childCount(); ++child)
+        listen(*face.child(child), names);
+}
+
 bool isText(const QQuickItem &item)
 {
     return item.inherits("QQuickText") && !item.property("text").toString().isEmpty();
@@ -164,6 +181,13 @@ QStringList ViewProbe::controlNames() const
     return names;
 }
 
+QStringList ViewProbe::heard() const
+{
+    QStringList names;
+    listen(*QAccessible::queryAccessibleInterface(&m_window), names);
+    return names;
+}
+
 void ViewProbe::click(QQuickItem &item) const
 {
     QTest::mouseClick(&m_window, Qt::LeftButton, {}, item.mapToScene(item.boundingRect().center()).toPoint());
@@ -218,6 +242,8 @@ QStringList ViewProbe::faults() const
         if (isToBePressed(control) &&
             !accessible(control)->actionInterface()->actionNames().contains(QAccessibleActionInterface::pressAction()))
             faults.append(u"not to be pressed by an assistive tool: %1"_s.arg(name));
+        if (!isToldItsPlace(control))
+            faults.append(u"elsewhere for an assistive tool: %1"_s.arg(name));
         if (!scrollingParent(control) && !window.contains(place))
             faults.append(u"outside the window: %1"_s.arg(name));
         for (std::size_t other = index + 1; other < controls.size(); ++other) {

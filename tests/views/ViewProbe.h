@@ -27,6 +27,8 @@ public:
     [[nodiscard]] QQuickItem *showing(const QString &text) const;
     /// The names of all visible controls that can be pressed, in the order of the keyboard.
     [[nodiscard]] QStringList controlNames() const;
+    /// The names of all that an assistive tool is told of, in the order in which it comes by them.
+    [[nodiscard]] QStringList heard() const;
 
     void click(QQuickItem &item) const;
     void tap(QQuickItem &item) const;
@@ -35,7 +37,8 @@ public:
     void pressByAssistiveTool(QQuickItem &item) const;
 
     /// A sentence for each fault: a control without a name, smaller than 44 points, out of reach of keyboard or
-    /// assistive tool, outside the window, or over another; a text that is cut off or lies under a control.
+    /// assistive tool, elsewhere for such a tool, outside the window, or over another; a text that is cut off or lies
+    /// under a control.
     [[nodiscard]] QStringList faults() const;
 
 private:

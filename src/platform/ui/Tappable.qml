@@ -1,13 +1,19 @@
 import QtQuick
 import VynlexTranslationSDK.Ui
 
-/// What every control does: finger, mouse, keyboard and assistive tools all end in `pressed()`. It draws only its focus.
+/// What every control does: finger, mouse, keyboard and assistive tools all end in `pressed()`. It draws only its focus; the children
+/// of a control are what it looks like.
 ///
 /// Each control takes its own touch point, so two people can press at the same time.
 Item {
     id: root
 
+    default property alias look: face.data
+
     required property string name
+    /// Within something that stands on its head: so does what the control looks like, but not the control, because assistive tools
+    /// take its place from its corner.
+    property bool turned: false
     property bool checkable: false
     property bool checked: false
     property int role: Accessible.Button
@@ -27,6 +33,7 @@ Item {
     implicitWidth: Theme.touch
     implicitHeight: Theme.touch
     activeFocusOnTab: true
+    rotation: root.turned ? 180 : 0
 
     Accessible.role: root.role
     Accessible.name: root.name
@@ -51,6 +58,12 @@ Item {
     }
     onActiveFocusChanged: root.keyDown = false
 
+    Item {
+        id: face
+
+        anchors.fill: parent
+        rotation: root.rotation
+    }
     TapHandler {
         id: tap
         gesturePolicy: TapHandler.ReleaseWithinBounds
