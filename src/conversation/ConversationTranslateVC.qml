@@ -12,6 +12,7 @@ Rectangle {
     color: Theme.background
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("Conversation translator")
+    Accessible.ignored: !root.enabled
 
     Keys.onEscapePressed: root.controller.didPressBackButtonAction()
 

@@ -12,6 +12,7 @@ Item {
     implicitHeight: Math.max(disc.height, words.implicitHeight)
     Accessible.role: Accessible.StaticText
     Accessible.name: root.title + ". " + root.text
+    Accessible.ignored: !root.enabled
 
     Rectangle {
         id: disc

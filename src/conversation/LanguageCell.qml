@@ -14,6 +14,7 @@ Tappable {
     role: Accessible.RadioButton
     checkable: true
     checked: root.radioSelected
+    Accessible.onToggleAction: root.pressFromAssistiveTool() // unheard, a radio button changes its mark by itself
 
     Keys.onUpPressed: root.nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
     Keys.onDownPressed: root.nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)

@@ -15,6 +15,7 @@ FocusScope {
 
     Accessible.role: Accessible.Dialog
     Accessible.name: root.controller.titleLabel.text
+    Accessible.ignored: !root.enabled
 
     Keys.onEscapePressed: root.controller.didPressCloseButtonAction()
 
@@ -165,6 +166,7 @@ FocusScope {
             font: Theme.font(root.controller.titleLabel.text, Theme.title, Font.DemiBold)
             Accessible.role: Accessible.Heading
             Accessible.name: root.controller.titleLabel.text
+            Accessible.ignored: !root.enabled
         }
         RoundButton {
             id: close

@@ -12,6 +12,7 @@ Rectangle {
     color: Theme.background
     Accessible.role: Accessible.Dialog
     Accessible.name: heading.text
+    Accessible.ignored: !root.enabled
 
     Keys.onEscapePressed: root.controller.didPressCloseButtonAction()
     Keys.onPressed: event => scroll.take(event)
@@ -43,6 +44,7 @@ Rectangle {
                 font: Theme.font(heading.text, Theme.headline, Font.Bold)
                 Accessible.role: Accessible.Heading
                 Accessible.name: heading.text
+                Accessible.ignored: !root.enabled
             }
             Rectangle {
                 width: parent.width

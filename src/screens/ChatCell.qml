@@ -36,6 +36,7 @@ FocusScope {
 
     Accessible.role: Accessible.ListItem
     Accessible.name: root.what
+    Accessible.ignored: root.parent !== null && !root.parent.enabled // covered, not merely dimmed
 
     TapHandler {
         gesturePolicy: TapHandler.ReleaseWithinBounds

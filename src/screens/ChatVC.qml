@@ -12,6 +12,7 @@ Rectangle {
     color: Theme.surface
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("Voice chat with %1").arg(root.controller.headerTitleLabel.text)
+    Accessible.ignored: !root.enabled
 
     Keys.onEscapePressed: root.controller.backAction()
     Keys.onBackPressed: root.controller.backAction()
@@ -71,6 +72,7 @@ Rectangle {
                 font: Theme.font(title.text, Theme.body, Font.Bold)
                 Accessible.role: Accessible.Heading
                 Accessible.name: title.text
+                Accessible.ignored: !root.enabled
             }
         }
     }

@@ -71,6 +71,7 @@ FocusScope {
             font: Theme.font(input.displayText, Theme.body, Font.Normal)
             Accessible.role: Accessible.EditableText
             Accessible.name: root.placeholder
+            Accessible.ignored: !root.enabled
             Accessible.searchEdit: true
             onTextEdited: root.edited(input.text)
             onAccepted: root.searchPressed()

@@ -14,6 +14,7 @@ Rectangle {
     color: Theme.surface
     Accessible.role: Accessible.Pane
     Accessible.name: root.controller.headerTitleLabel.text
+    Accessible.ignored: !root.enabled
 
     // First the search, then the keyboard.
     Keys.onEscapePressed: event => {
@@ -85,6 +86,7 @@ Rectangle {
                     font: Theme.font(root.controller.headerTitleLabel.text, Theme.body, Font.Bold)
                     Accessible.role: Accessible.Heading
                     Accessible.name: root.controller.headerTitleLabel.text
+                    Accessible.ignored: !face.enabled
                 }
                 RoundButton {
                     id: notification
@@ -125,6 +127,7 @@ Rectangle {
             color: Theme.primary
             Accessible.role: Accessible.PageTabList
             Accessible.name: qsTr("People")
+            Accessible.ignored: !face.enabled
 
             Rectangle {
                 anchors.fill: parent

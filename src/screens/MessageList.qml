@@ -21,6 +21,7 @@ FocusScope {
 
     Accessible.role: Accessible.List
     Accessible.name: qsTr("Messages")
+    Accessible.ignored: !root.enabled
 
     ListView {
         id: list

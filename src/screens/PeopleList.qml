@@ -16,6 +16,7 @@ FocusScope {
 
     Accessible.role: Accessible.List
     Accessible.name: root.controller.isRecentsActive ? root.controller.recentsButton.title : root.controller.contactsButton.title
+    Accessible.ignored: !root.enabled
 
     ListView {
         id: list

@@ -26,6 +26,7 @@ FocusScope {
 
     Accessible.role: Accessible.Grouping
     Accessible.name: root.recording ? qsTr("Recording") : qsTr("Recorded message")
+    Accessible.ignored: !root.enabled
 
     Rectangle {
         id: pulse
@@ -62,6 +63,7 @@ FocusScope {
         anchors.bottom: parent.bottom
         // While the recording runs it only shows that it does.
         enabled: root.controller.micOrDeleteButton.selected
+        Accessible.ignored: !micOrDelete.enabled
         name: root.controller.micOrDeleteButton.selected ? qsTr("Discard the recording") : qsTr("Recording")
         diameter: root.button
         ground: root.controller.micOrDeleteButton.selected ? Theme.surface : "transparent"
@@ -90,6 +92,7 @@ FocusScope {
             font: Theme.font(clock.text, Theme.title, Font.DemiBold)
             Accessible.role: Accessible.StaticText
             Accessible.name: qsTr("Recorded so far: %1").arg(clock.text.trim())
+            Accessible.ignored: !root.enabled
         }
         SoundWave {
             id: voice
@@ -183,6 +186,7 @@ FocusScope {
             font: Theme.font(length.text, Theme.caption + 1, Font.DemiBold)
             Accessible.role: Accessible.StaticText
             Accessible.name: (play.checked ? qsTr("Played: %1") : qsTr("Length: %1")).arg(length.text.trim())
+            Accessible.ignored: !root.enabled
         }
     }
 
@@ -190,15 +194,16 @@ FocusScope {
         id: stopOrSend
 
         readonly property bool sends: root.controller.stopORSendButton.selected
+        readonly property bool waits: !root.controller.stopORSendButton.enabled
 
         anchors.right: parent.right
         anchors.bottom: parent.bottom
         focus: true
-        enabled: root.controller.stopORSendButton.enabled
-        name: !stopOrSend.enabled ? qsTr("Being sent") : stopOrSend.sends ? qsTr("Send the message") : qsTr("Stop recording")
+        enabled: !stopOrSend.waits
+        name: stopOrSend.waits ? qsTr("Being sent") : stopOrSend.sends ? qsTr("Send the message") : qsTr("Stop recording")
         diameter: root.button
-        ground: !stopOrSend.enabled ? Theme.surface : stopOrSend.sends ? Theme.primary : Theme.recording
-        picture: stopOrSend.enabled ? root.controller.stopORSendButton.currentImage : ""
+        ground: stopOrSend.waits ? Theme.surface : stopOrSend.sends ? Theme.primary : Theme.recording
+        picture: stopOrSend.waits ? "" : root.controller.stopORSendButton.currentImage
         onPressed: {
             if (root.stopped)
                 root.sendPressed();
@@ -207,8 +212,8 @@ FocusScope {
 
         BusyDots {
             anchors.centerIn: parent
-            visible: !stopOrSend.enabled
-            running: !stopOrSend.enabled
+            visible: stopOrSend.waits
+            running: stopOrSend.waits
             dot: 7
             tint: Theme.primary
         }

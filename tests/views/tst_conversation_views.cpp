@@ -163,8 +163,40 @@ private slots:
         QVERIFY(stateOf(stage.probe.named(u"తెలుగు"_s)).checked);
         QVERIFY(!stateOf(stage.probe.named(u"हिंदी"_s)).checked);
         QVERIFY(stage.probe.showing(u"సంభాషణను ప్రారంభించడానికి మైక్ నొక్కండి"_s));
-        // What lies under the sheet is out of reach.
+    }
+
+    void whatIsCoveredIsOutOfReachAndNotReadOut_data()
+    {
+        addRows<QString, QString>(
+            {{"by the picker", u"picker-to"_s, u"తెలుగు"_s}, {"by an alert", u"alert"_s, u"Ok"_s}});
+    }
+    void whatIsCoveredIsOutOfReachAndNotReadOut()
+    {
+        const auto [moment, above] = currentRow<QString, QString>();
+        ConversationStage stage(m_phone);
+        QQuickItem *const microphone = stage.probe.named(u"Microphone, Speaker"_s);
+        QVERIFY(sceneNamed<ConversationStage>(moment).play(stage));
+        QVERIFY(stage.probe.heard().contains(above));
+        for (const char *name : {"Back", "Speaker", "Microphone, Speaker", "Press mic to begin conversation"})
+            QCOMPARE(stage.probe.heard().count(QString::fromLatin1(name)),
+                     moment == u"alert" && name[0] == 'P' ? 1 : 0);
         QVERIFY(!stage.probe.controlNames().contains(u"Back"_s));
+        stage.probe.pressByAssistiveTool(*microphone);
+        QCOMPARE(stage.screen->speakerState(), ConversationTranslateVC::SideState::Idle);
+    }
+
+    void theInformationScrollsByKeyboard()
+    {
+        ConversationStage stage({u"small phone, huge type"_s, {320, 568}, 2});
+        QVERIFY(sceneNamed<ConversationStage>(u"information"_s).play(stage));
+        QQuickItem *const last = stage.probe.showing(u"Choose and swap languages"_s);
+        const auto bottom = [&] { return last->mapToScene({0, last->height()}).y(); };
+        QVERIFY(last && bottom() > 568);
+        for (const Qt::Key key : {Qt::Key_Down, Qt::Key_PageDown, Qt::Key_End})
+            QTest::keyClick(&stage.window, key);
+        TRY_VERIFY(bottom() < 568);
+        QTest::keyClick(&stage.window, Qt::Key_Home);
+        TRY_VERIFY(bottom() > 568);
     }
 
     void thePickerGoesWhenTheDimmedScreenIsTapped()

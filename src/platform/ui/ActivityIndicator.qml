@@ -21,6 +21,7 @@ Rectangle {
     visible: root.running
     Accessible.role: Accessible.ProgressBar
     Accessible.name: qsTr("Loading")
+    Accessible.ignored: !root.enabled
 
     Repeater {
         model: root.spokes

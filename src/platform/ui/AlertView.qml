@@ -10,6 +10,7 @@ FocusScope {
 
     Accessible.role: Accessible.AlertMessage
     Accessible.name: root.controller.title
+    Accessible.ignored: !root.enabled
     Accessible.description: root.controller.message
 
     Keys.onReturnPressed: root.controller.didPressAction(0)
@@ -60,6 +61,7 @@ FocusScope {
                     font: Theme.font(root.controller.title, Theme.title, Font.DemiBold)
                     Accessible.role: Accessible.StaticText
                     Accessible.name: root.controller.title
+                    Accessible.ignored: !root.enabled
                 }
                 Text {
                     width: parent.width
@@ -71,6 +73,7 @@ FocusScope {
                     font: Theme.font(root.controller.message, Theme.body + 1, Font.Normal)
                     Accessible.role: Accessible.StaticText
                     Accessible.name: root.controller.message
+                    Accessible.ignored: !root.enabled
                 }
             }
         }

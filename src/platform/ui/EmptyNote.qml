@@ -54,5 +54,6 @@ Column {
         font: Theme.font(root.text, Theme.body, Font.Normal)
         Accessible.role: Accessible.StaticText
         Accessible.name: root.text
+        Accessible.ignored: !root.enabled
     }
 }

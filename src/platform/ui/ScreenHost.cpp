@@ -84,10 +84,12 @@ public:
         m_movement.start();
     }
 
-    /// A covered screen is out of reach. Accepting events above it would not do: pointer handlers get those too.
+    /// A covered screen is out of reach. Accepting events above it would not do: pointer handlers get those too. The
+    /// views hide from assistive tools what is disabled.
     void setCovered(bool covered)
     {
         m_covered = covered;
+        setEnabled(!covered);
         setClip(covered); // What clips its children and does not contain the point is not searched any further.
     }
     [[nodiscard]] bool contains(const QPointF &point) const override

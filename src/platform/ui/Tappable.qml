@@ -29,6 +29,12 @@ Item {
         if (root.enabled)
             root.pressed();
     }
+    function pressFromAssistiveTool() {
+        if (!root.enabled)
+            return;
+        root.forceActiveFocus(Qt.OtherFocusReason); // where it comes back to from what the press opens
+        root.press();
+    }
 
     implicitWidth: Theme.touch
     implicitHeight: Theme.touch
@@ -40,8 +46,9 @@ Item {
     Accessible.focusable: true
     Accessible.checkable: root.checkable
     Accessible.checked: root.checked
-    Accessible.onPressAction: root.press()
-    Accessible.onToggleAction: root.press()
+    // Covered, not merely out of use.
+    Accessible.ignored: root.parent !== null && !root.parent.enabled
+    Accessible.onPressAction: root.pressFromAssistiveTool()
 
     Keys.onPressed: event => {
         if (event.key === Qt.Key_Space || event.key === Qt.Key_Return || event.key === Qt.Key_Enter) {
