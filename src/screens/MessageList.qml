@@ -106,6 +106,9 @@ FocusScope {
         onHeightChanged: list.followLater()
     }
 
+    ReadingOrder {
+        cells: list.contentItem
+    }
     Connections {
         target: root.controller.chatTableView // qmllint disable type
 

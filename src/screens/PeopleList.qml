@@ -75,6 +75,9 @@ FocusScope {
         onActiveFocusChanged: list.keepRowInSight()
     }
 
+    ReadingOrder {
+        cells: list.contentItem
+    }
     Connections {
         target: root.controller.tableView // qmllint disable type
 

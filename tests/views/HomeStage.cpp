@@ -123,15 +123,11 @@ bool HomeStage::isEditing() const
 QStringList HomeStage::people() const
 {
     constexpr auto call = "Call, "_L1;
-    std::vector<std::pair<qreal, QString>> rows;
-    for (const QString &name : probe.controlNames()) {
-        if (name.startsWith(call))
-            rows.emplace_back(probe.named(name)->mapToScene({}).y(), name.sliced(call.size()));
-    }
-    std::ranges::sort(rows);
     QStringList names;
-    for (const auto &[y, name] : rows)
-        names << name;
+    for (const QString &name : probe.heard()) {
+        if (name.startsWith(call))
+            names << name.sliced(call.size());
+    }
     return names;
 }
 

@@ -4,6 +4,7 @@
 #include "tests/views/ChatStage.h"
 
 #include <QQuickItem>
+#include <QRegularExpression>
 #include <QTest>
 
 #include <algorithm>
@@ -20,6 +21,13 @@ qreal top(const ChatStage &stage, const QString &name)
 {
     QQuickItem *const control = stage.probe.named(name);
     return control ? control->mapToScene({0, 0}).y() : -1;
+}
+
+/// Whether an assistive tool comes by the messages as they stand below each other.
+bool isReadInOrder(const ChatStage &stage)
+{
+    QStringList rows = stage.probe.heard().filter(QRegularExpression(u"^Play, "_s));
+    return rows.size() > 5 && std::ranges::is_sorted(rows, {}, [&](const QString &row) { return top(stage, row); });
 }
 
 } // namespace
@@ -139,8 +147,8 @@ private slots:
                 key(Qt::Key_Up);
             QCOMPARE(stage.window.activeFocusItem(), stage.probe.named(ChatStage::playName(134)));
         }
-        QQuickItem *const reading = stage.probe.named(ChatStage::playName(135));
-        QVERIFY(reading);
+        QVERIFY(stage.probe.named(ChatStage::playName(135)));
+        TRY_VERIFY(isReadInOrder(stage));
         const qreal place = top(stage, ChatStage::playName(135));
         stage.receive();
         TRY_VERIFY(stage.probe.named(u"New message, show it"_s));
