@@ -89,6 +89,11 @@ FocusScope {
                 root.controller.didPressPlayButton(cell.index);
             }
             onSelected: root.controller.didSelectRow(cell.index)
+            // An assistive tool goes to any row; the list follows.
+            onActiveFocusChanged: {
+                if (cell.activeFocus)
+                    list.currentIndex = cell.index;
+            }
             // qmllint enable unqualified
         }
 

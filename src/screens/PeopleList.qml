@@ -57,6 +57,11 @@ FocusScope {
             ListView.onReused: cell.visible = true
             onCallFocused: list.onVoice = false
             onVoiceFocused: list.onVoice = true
+            // An assistive tool goes to any row; the list follows.
+            onActiveFocusChanged: {
+                if (cell.activeFocus)
+                    list.currentIndex = cell.index;
+            }
             onCallPressed: root.controller.callButtonTapped(cell.index)
             onVoicePressed: root.controller.voiceButtonTapped(cell.index)
             // qmllint enable unqualified
