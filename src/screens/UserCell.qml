@@ -20,6 +20,11 @@ FocusScope {
     /// Whether the keyboard comes here first, and to which of the two buttons.
     property bool current: false
     property bool voiceFirst: false
+    /// The buttons stand below name and number, because beside them these would have no room.
+    property bool stacked: false
+
+    /// As it is spoken; what is shown may end in blanks.
+    readonly property string who: root.name.trim()
 
     signal callPressed
     signal voicePressed
@@ -27,7 +32,8 @@ FocusScope {
     signal voiceFocused
 
     Accessible.role: Accessible.ListItem
-    Accessible.name: root.phoneNumberHidden ? root.name : qsTr("%1, %2").arg(root.name).arg(root.phoneNumber)
+    Accessible.name: root.phoneNumberHidden ? root.who : qsTr("%1, %2").arg(root.who).arg(root.phoneNumber)
+    Accessible.ignored: !root.enabled
 
     InitialsPicture {
         id: picture
@@ -47,11 +53,11 @@ FocusScope {
         anchors.verticalCenter: parent.verticalCenter
 
         Text {
-            id: who
+            id: title
 
             readonly property real room: root.height - Theme.gapSmall - (root.phoneNumberHidden ? 0 : number.height)
             // Rather smaller than cut.
-            readonly property int size: Theme.fittingSize(root.name, who.width, who.room, Math.round(14 / Theme.fontScale), Theme.body, Font.DemiBold)
+            readonly property int size: Theme.fittingSize(root.name, title.width, title.room, Math.round(14 / Theme.fontScale), Theme.body, Font.DemiBold)
 
             width: parent.width
             text: root.name
@@ -60,7 +66,7 @@ FocusScope {
             maximumLineCount: 2
             elide: Text.ElideRight
             color: Theme.label
-            font: Theme.font(root.name, who.size, Font.DemiBold)
+            font: Theme.font(root.name, title.size, Font.DemiBold)
             Accessible.ignored: true
         }
         Text {
@@ -87,7 +93,7 @@ FocusScope {
         anchors.verticalCenter: parent.verticalCenter
         focus: !root.voiceFirst
         activeFocusOnTab: root.current || root.activeFocus // Qt does not take it from where the keys are
-        name: qsTr("Call, %1").arg(root.name)
+        name: qsTr("Call, %1").arg(root.who)
         title: qsTr("Call")
         picture: root.callImage
         Keys.onRightPressed: voice.forceActiveFocus(Qt.TabFocusReason)
@@ -105,7 +111,7 @@ FocusScope {
         anchors.verticalCenter: parent.verticalCenter
         focus: root.voiceFirst
         activeFocusOnTab: call.activeFocusOnTab
-        name: qsTr("Voice, %1").arg(root.name)
+        name: qsTr("Voice, %1").arg(root.who)
         title: qsTr("Voice")
         picture: root.voiceImage
         Keys.onLeftPressed: call.forceActiveFocus(Qt.BacktabFocusReason)
