@@ -67,7 +67,7 @@ FocusScope {
             elide: Text.ElideRight
             // Where letters are large: rather smaller than cut.
             fontSizeMode: root.twoLines ? Text.HorizontalFit : Text.FixedSize
-            minimumPixelSize: Theme.caption
+            minimumPixelSize: Math.round(Theme.caption * Math.max(1, 0.7 * Theme.fontScale))
             horizontalAlignment: root.incoming ? Text.AlignLeft : Text.AlignRight
             verticalAlignment: Text.AlignVCenter
             color: Theme.ink

@@ -55,6 +55,8 @@ Rectangle {
             Text {
                 id: title
 
+                readonly property int size: Theme.fittingSize(title.text, title.width, title.height, Math.round(Theme.body / Theme.fontScale), Theme.body, Font.Bold) // rather smaller than cut
+
                 anchors.left: person.right
                 anchors.leftMargin: Theme.gap
                 anchors.right: parent.right
@@ -62,14 +64,11 @@ Rectangle {
                 text: root.controller.headerTitleLabel.text
                 textFormat: Text.PlainText
                 wrapMode: Text.Wrap
-                maximumLineCount: 2
+                maximumLineCount: Math.max(2, Math.floor(title.height / Theme.lineHeight(title.size)))
                 elide: Text.ElideRight
                 verticalAlignment: Text.AlignVCenter
-                // Rather smaller than cut.
-                fontSizeMode: Text.Fit
-                minimumPixelSize: Theme.body
                 color: root.controller.headerTitleLabel.textColor
-                font: Theme.font(title.text, Theme.body, Font.Bold)
+                font: Theme.font(title.text, title.size, Font.Bold)
                 Accessible.role: Accessible.Heading
                 Accessible.name: title.text
                 Accessible.ignored: !root.enabled

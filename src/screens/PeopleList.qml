@@ -25,7 +25,9 @@ FocusScope {
         property bool onVoice: false
 
         /// One for all: a place in the list is then a product, however long it is. Names in large type need a second line.
-        readonly property real rowHeight: Math.round(Theme.rowHeight * Math.max(1, 0.85 * Theme.fontScale))
+        readonly property real rowHeight: Math.round(Theme.rowHeight * Math.max(1, (list.stacked ? 1.25 : 0.85) * Theme.fontScale))
+        /// Beside initials and buttons there is no room for names of this size.
+        readonly property bool stacked: list.width - root.leftInset - root.rightInset - 166 < 110 * Theme.fontScale
 
         function keepRowInSight() {
             if (list.activeFocus && list.currentItem)
@@ -52,6 +54,7 @@ FocusScope {
             rightInset: root.rightInset
             current: cell.ListView.isCurrentItem
             voiceFirst: list.onVoice
+            stacked: list.stacked
             // Out of use, but not gone: assistive tools would still see it.
             ListView.onPooled: cell.visible = false
             ListView.onReused: cell.visible = true

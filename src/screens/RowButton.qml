@@ -1,22 +1,25 @@
 import QtQuick
 import VynlexTranslationSDK.Ui
 
-/// A small button of a row: a picture over its title.
+/// A small button of a row: a picture over its title, or before it.
 Tappable {
     id: root
 
     required property string title
     required property url picture
 
-    implicitWidth: 52
-    implicitHeight: 38 + Theme.gapTiny / 2 + label.height
+    property bool lying: false
+
+    implicitWidth: root.lying ? disc.width + Theme.gapTiny + label.implicitWidth : Math.max(52, Math.ceil(label.implicitWidth) + Theme.gapTiny)
+    implicitHeight: root.lying ? Math.max(48, label.height) : disc.height + Theme.gapTiny / 2 + label.height
     focusOutset: 4
     focusRadius: Theme.radiusSmall
 
     Rectangle {
         id: disc
 
-        anchors.horizontalCenter: parent.horizontalCenter
+        x: root.lying ? 0 : (root.width - disc.width) / 2
+        y: root.lying ? (root.height - disc.height) / 2 : 0
         width: 38
         height: 38
         radius: 19
@@ -44,17 +47,15 @@ Tappable {
     Text {
         id: label
 
-        anchors.top: disc.bottom
-        anchors.topMargin: Theme.gapTiny / 2
-        width: parent.width
+        x: root.lying ? disc.width + Theme.gapTiny : 0
+        y: root.lying ? (root.height - label.height) / 2 : disc.height + Theme.gapTiny / 2
+        width: root.width - label.x
         height: Math.ceil(Theme.small * Theme.fontScale * 1.4)
         text: root.title
         textFormat: Text.PlainText
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
         elide: Text.ElideRight
-        fontSizeMode: Text.HorizontalFit // rather smaller than cut
-        minimumPixelSize: Theme.small
         color: Theme.label
         font: Theme.font(root.title, Theme.small, Font.Normal)
         Accessible.ignored: true

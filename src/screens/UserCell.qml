@@ -40,22 +40,26 @@ FocusScope {
 
         anchors.left: parent.left
         anchors.leftMargin: root.leftInset
-        anchors.verticalCenter: parent.verticalCenter
+        y: words.y + (words.height - picture.height) / 2
         initials: root.initials
         color: root.initialsColor
         radius: Theme.radiusInitials
     }
     Column {
+        id: words
+
+        readonly property real room: root.height - (root.stacked ? call.height + Theme.gap : 0)
+
         anchors.left: picture.right
         anchors.leftMargin: Theme.gap
-        anchors.right: call.left
-        anchors.rightMargin: Theme.gapSmall
-        anchors.verticalCenter: parent.verticalCenter
+        anchors.right: root.stacked ? parent.right : call.left
+        anchors.rightMargin: root.stacked ? root.rightInset : Theme.gapSmall
+        y: (words.room - words.height) / 2
 
         Text {
             id: title
 
-            readonly property real room: root.height - Theme.gapSmall - (root.phoneNumberHidden ? 0 : number.height)
+            readonly property real room: words.room - Theme.gapSmall - (root.phoneNumberHidden ? 0 : number.height)
             // Rather smaller than cut.
             readonly property int size: Theme.fittingSize(root.name, title.width, title.room, Math.round(14 / Theme.fontScale), Theme.body, Font.DemiBold)
 
@@ -63,7 +67,7 @@ FocusScope {
             text: root.name
             textFormat: Text.PlainText
             wrapMode: Text.Wrap
-            maximumLineCount: 2
+            maximumLineCount: Math.max(2, Math.floor(title.room / Theme.lineHeight(title.size)))
             elide: Text.ElideRight
             color: Theme.label
             font: Theme.font(root.name, title.size, Font.DemiBold)
@@ -89,8 +93,9 @@ FocusScope {
     RowButton {
         id: call
 
-        anchors.right: voice.left
-        anchors.verticalCenter: parent.verticalCenter
+        x: root.stacked ? words.x : voice.x - call.width
+        y: root.stacked ? words.room : (root.height - call.height) / 2
+        lying: root.stacked
         focus: !root.voiceFirst
         activeFocusOnTab: root.current || root.activeFocus // Qt does not take it from where the keys are
         name: qsTr("Call, %1").arg(root.who)
@@ -106,9 +111,9 @@ FocusScope {
     RowButton {
         id: voice
 
-        anchors.right: parent.right
-        anchors.rightMargin: root.rightInset - Theme.gapSmall
-        anchors.verticalCenter: parent.verticalCenter
+        x: root.stacked ? words.x + words.width / 2 : root.width - root.rightInset - voice.width + (voice.width > 52 ? 0 : Theme.gapSmall)
+        y: call.y
+        lying: root.stacked
         focus: root.voiceFirst
         activeFocusOnTab: call.activeFocusOnTab
         name: qsTr("Voice, %1").arg(root.who)

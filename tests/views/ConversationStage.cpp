@@ -34,6 +34,14 @@ bool openPicker(ConversationStage &stage, const QString &who, Side side)
     return stage.press(u"%1 language: %2"_s.arg(who, language)) && stage.settle();
 }
 
+bool choose(ConversationStage &stage, const QString &who, Side side, const QString &language)
+{
+    if (!openPicker(stage, who, side) || !stage.press(language) || !stage.press(u"Close"_s))
+        return false;
+    stage.platform.clock->advance(spring::duration);
+    return eventually([&] { return !stage.screen->languageSelectionView(); });
+}
+
 } // namespace
 
 ConversationStage::ConversationStage(const DeviceShape &shape)
@@ -105,14 +113,13 @@ const std::vector<Scene<ConversationStage>> &ConversationStage::scenes()
          }},
         {u"gujarati-telugu"_s,
          [](auto &stage) {
-             const auto choose = [&](const QString &who, Side side, const QString &language) {
-                 if (!openPicker(stage, who, side) || !stage.press(language) || !stage.press(u"Close"_s))
-                     return false;
-                 stage.platform.clock->advance(spring::duration);
-                 return eventually([&] { return !stage.screen->languageSelectionView(); });
-             };
-             return choose(u"Speaker"_s, Side::Speaker, u"ગુજરાતી"_s) &&
-                    choose(u"Listener"_s, Side::Listener, u"తెలుగు"_s);
+             return choose(stage, u"Speaker"_s, Side::Speaker, u"ગુજરાતી"_s) &&
+                    choose(stage, u"Listener"_s, Side::Listener, u"తెలుగు"_s);
+         }},
+        {u"bengali-marathi"_s,
+         [](auto &stage) {
+             return choose(stage, u"Speaker"_s, Side::Speaker, u"বাংলা"_s) &&
+                    choose(stage, u"Listener"_s, Side::Listener, u"मराठी"_s);
          }},
         {u"picker-from"_s, [](auto &stage) { return openPicker(stage, u"Speaker"_s, Side::Speaker); }},
         {u"picker-to"_s, [](auto &stage) { return openPicker(stage, u"Listener"_s, Side::Listener); }},

@@ -20,10 +20,10 @@ const std::vector<DeviceShape> &deviceShapes()
         {u"small-phone"_s, {320, 568}, 1, {0, 20, 0, 0}},
         {u"tablet"_s, {768, 1024}, 1, {0, 24, 0, 20}},
         {u"landscape"_s, {844, 390}, 1, {47, 0, 47, 21}},
-        {u"large-type"_s, {390, 844}, 1.5, {0, 47, 0, 34}},
-        {u"small-phone-large-type"_s, {320, 568}, 1.5, {0, 20, 0, 0}},
+        {u"large-type"_s, {390, 844}, 2, {0, 47, 0, 34}},
+        {u"small-phone-large-type"_s, {320, 568}, 2, {0, 20, 0, 0}},
 #endif
-        {u"landscape-large-type"_s, {844, 390}, 1.5, {47, 0, 47, 21}},
+        {u"landscape-large-type"_s, {844, 390}, 2, {47, 0, 47, 21}},
     };
     return shapes;
 }

@@ -24,7 +24,6 @@ private slots:
         QTest::addColumn<DeviceShape>("shape");
         QTest::addColumn<const Scene<HomeStage> *>("moment");
         std::vector<DeviceShape> shapes = deviceShapes();
-        shapes.push_back({u"small phone, huge type"_s, {320, 568}, 2, {0, 20, 0, 0}});
         shapes.push_back({u"small phone, lying"_s, {568, 320}, 1, {}});
         for (const DeviceShape &shape : shapes) {
             for (const Scene<HomeStage> &moment : HomeStage::scenes())

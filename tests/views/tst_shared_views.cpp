@@ -135,9 +135,10 @@ private slots:
         QTest::addColumn<qreal>("scale");
         for (const qreal scale : {1.0, 1.5, 2.0}) {
             const auto row = [&](const char *name) -> QTestData & { return QTest::addRow("%s x %g", name, scale); };
-            row("English") << u"Where is the railway station, please?"_s << scale;
-            row("Hindi") << u"कृपया, रेलवे स्टेशन कहाँ है?"_s << scale;
+            row("English") << u"Press mic to begin conversation"_s << scale;
+            row("Hindi") << u"बातचीत शुरू करने के लिए माइक दबाएं"_s << scale;
             row("Gujarati") << u"વાતચીત શરૂ કરવા માટે માઇક દબાવો"_s << scale;
+            row("Marathi") << u"संभाषण सुरू करण्यासाठी माइक दाबा"_s << scale;
             row("Bengali") << u"কথোপকথন শুরু করতে মাইক টিপুন"_s << scale;
             row("Telugu") << u"సంభాషణను ప్రారంభించడానికి మైక్ నొక్కండి"_s << scale;
         }
@@ -156,6 +157,12 @@ private slots:
         speech->setProperty("text", QString(text + u' ').repeated(4));
         QVERIFY(speech->property("size").toInt() <= roomy);
         QCOMPARE(ViewProbe(*m_window).faults(), QStringList());
+
+        // Half of the smallest phone.
+        QQuickItem *const prompt = show("SpeechText { y: 400; width: 272; height: 83; text: ''; prompt: true }");
+        QVERIFY(prompt);
+        prompt->setProperty("text", text);
+        QVERIFY2(!prompt->property("scrolls").toBool(), "a prompt has to fit");
     }
 
     void aLongTextScrollsByFingerAndByKeyboardAndStartsAtItsTop()

@@ -39,7 +39,7 @@ QtObject {
     /// Readable from 60 cm. A reader who asks for larger type gets it, but not so much that every text has to scroll.
     readonly property int speechSmallest: Math.round(20 / Math.sqrt(root.fontScale))
     readonly property int speechLargest: 40
-    readonly property int promptSmallest: 14
+    readonly property int promptSmallest: Math.round(14 / Math.sqrt(root.fontScale))
     readonly property int promptLargest: 28
 
     readonly property real fontScale: KitFont.scale
