@@ -8,8 +8,9 @@ Rectangle {
     required property string title
     required property string people
     property real scaled: 1
+    property bool compact: false
 
-    implicitHeight: Math.max(64, words.height + 24)
+    implicitHeight: Math.max(root.compact ? 56 : 64, words.height + (root.compact ? 14 : 24))
     radius: 16
     color: "#FFFFFF"
     border.width: 1

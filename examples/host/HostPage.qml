@@ -191,7 +191,7 @@ Rectangle {
                     x: root.lying ? cards.half + root.margin : 0
                     y: root.lying ? 0 : speak.height + 24
                     width: root.lying ? cards.half : cards.width
-                    spacing: 10
+                    spacing: root.lying ? 8 : 10
 
                     HostText {
                         text: qsTr("Today")
@@ -205,6 +205,7 @@ Rectangle {
                         title: qsTr("Design review")
                         people: qsTr("Rohan Mehta and 4 others")
                         scaled: root.textScale
+                        compact: root.lying
                     }
                     HostMeeting {
                         width: parent.width
@@ -212,6 +213,7 @@ Rectangle {
                         title: qsTr("Festival arrangements")
                         people: qsTr("Meera Iyer and 2 others")
                         scaled: root.textScale
+                        compact: root.lying
                     }
                     HostMeeting {
                         width: parent.width
@@ -219,6 +221,7 @@ Rectangle {
                         title: qsTr("Site visit")
                         people: qsTr("Vikram Shah")
                         scaled: root.textScale
+                        compact: root.lying
                     }
                 }
             }
