@@ -13,6 +13,7 @@ namespace {
 
 /// The kit tells the backend of the address book this long after it was asked for; and a little more.
 constexpr auto untilContactsAreTold = 700ms;
+constexpr int mostVisits = 3;
 
 } // namespace
 
@@ -93,10 +94,22 @@ void HomePlayer::openConversation()
 
 void HomePlayer::openChat(const QString &name)
 {
-    openContacts();
-    searchFor(name);
-    m_hand.press(u"Voice, "_s + name);
-    m_hand.await(u"The chat with "_s + name, [this] { return m_stage.screen<ChatVC>() != nullptr; });
+    const auto isThere = [this] { return m_stage.screen<ChatVC>() != nullptr; };
+    for (int visit = 0; visit < mostVisits && m_hand.isAtWork() && !isThere(); ++visit) {
+        openContacts();
+        searchFor(name);
+        m_hand.press(u"Voice, "_s + name);
+        m_hand.await(u"An answer to that press"_s, [&] { return isThere() || m_hand.sees(u"Ok"_s); });
+        if (isThere() || !m_hand.isAtWork())
+            break;
+        // On a slow machine the kit tells the backend of the address book before it has been read to its end. The next
+        // visit tells it again.
+        m_hand.press(u"Ok"_s);
+        openRecents();
+        leaveKit();
+        openKit();
+    }
+    m_hand.await(u"The chat with "_s + name, isThere);
     m_stage.settle();
 }
 

@@ -46,8 +46,9 @@ tl::expected<void, QString> ChatPlayer::open(const Person &partner, Past past)
 {
     if (const auto there = m_hand.outcome(); !there)
         return there;
-    noteArrivals();
     m_home.openChat(partner.user.name);
+    if (m_hand.isAtWork())
+        noteArrivals(); // the session of the last visit
     if (past == Past::Nothing)
         m_hand.await(u"Press Voice Chat to record a message."_s, QAccessible::StaticText);
     m_hand.await(u"The chat's messages"_s, [past] {
