@@ -17,21 +17,35 @@ SHIFT = 50  # key code
 
 
 class Node:
-    """An object as it was told of."""
+    """An object as it was told of; each of its properties is a question to the program, asked once."""
 
     def __init__(self, accessible, ancestors):
         self.accessible = accessible
-        self.role = accessible.get_role_name()
         self.name = accessible.get_name()
-        self.description = accessible.get_description()
         self.states = set(accessible.get_state_set().get_states())
         self.ancestors = ancestors
 
     def __repr__(self):
         return f"{self.role} “{self.name}”"
 
+    @functools.cached_property
+    def role(self):
+        return self.accessible.get_role_name()
+
+    @classmethod
+    def with_ancestors(cls, accessible):
+        ancestors = []
+        parent = accessible
+        while (parent := parent.get_parent()) and parent.get_role() != Atspi.Role.APPLICATION:
+            ancestors.insert(0, cls(parent, list(ancestors)))
+        return cls(accessible, ancestors)
+
     def is_in(self, name):
         return any(ancestor.name == name for ancestor in self.ancestors)
+
+    @functools.cached_property
+    def description(self):
+        return self.accessible.get_description()
 
     @functools.cached_property
     def place(self):
@@ -54,12 +68,26 @@ class Client:
     def __init__(self, frame):
         Atspi.init()
         self.frame = frame  # the title of the window that is looked at
+        self.told = []  # what the program told unasked: pairs of a state and the name of what has got it
+        self._focus = None
+        self._listener = Atspi.EventListener.new(self._hear)
+        for state in ("focused", "checked", "selected"):
+            self._listener.register(f"object:state-changed:{state}")
 
-    def nodes(self, frame=None):
-        """All that the window shows, in reading order. Values come from the client's memory, so only what the program tells of
-        is seen to change."""
+    def _hear(self, event):
+        state = event.type.rsplit(":", 1)[1]
+        if state == "focused" and event.detail1:
+            self._focus = event.source
+        elif event.detail1 and event.source:
+            self.told.append((state, event.source.get_name()))
+
+    def _listen(self):
         while GLib.MainContext.default().iteration(False):
             pass
+
+    def nodes(self, frame=None):
+        """All that the window shows, in reading order."""
+        self._listen()
         found = []
 
         def visit(accessible, ancestors):
@@ -97,8 +125,13 @@ class Client:
         self.find(name, frame).do("Press")
 
     def focused(self):
-        """The innermost thing that has the keyboard, or None. What it stands in says so as well."""
-        return next((node for node in reversed(self.nodes()) if State.FOCUSED in node.states), None)
+        """What the program last told to have got the focus, if it still has it and is shown; else None."""
+        self._listen()
+        try:
+            node = self._focus and Node.with_ancestors(self._focus)
+        except GLib.GError:  # gone meanwhile
+            return None
+        return node if node and {State.FOCUSED, State.SHOWING} <= node.states else None
 
     def faults(self):
         """A sentence for everything an assistive tool would stumble over."""

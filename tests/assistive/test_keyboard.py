@@ -54,7 +54,8 @@ class Keyboard(Visit):
     def go_to(self, name, within=None, key="Tab", shift=False):
         """Steps until `name` has the focus; `within` is the screen that it never leaves."""
         for _ in range(30):
-            if self.client.focused() and self.focused() == name:
+            focused = self.client.focused()
+            if focused and focused.name == name:
                 return
             self.step(key, shift)
             if within and within != "host":

@@ -41,6 +41,9 @@ class Visit(unittest.TestCase):
         self.client.press(sentence, PANEL)
 
     def is_checked(self, name):
+        """Whether it says so when it is asked, and said so when it came about."""
+        eventually(lambda: ("checked", name) in self.client.told or State.CHECKED not in self.client.find(name).states,
+                   lambda: f"“{name}” told to be checked: {self.client.told}")
         return State.CHECKED in self.client.find(name).states
 
     def text_of(self, side):
