@@ -135,6 +135,10 @@ private:
         if (m_faults.garbledBody)
             data = garbled(std::move(data));
         m_ws.binary(binary);
+        if (m_faults.truncate) {
+            co_await endWithin(data.substr(0, m_faults.truncate->bytes.value_or(data.size() / 2)));
+            co_return;
+        }
         const auto [error, size] = co_await m_ws.async_write(asio::buffer(data), result);
         if (error) {
             m_open = false;
@@ -144,6 +148,15 @@ private:
             ++m_entry->messagesSent;
         ++m_sent;
         co_await playMessageFaults();
+    }
+
+    /// The connection ends without a closing frame in the middle of a message that begins like this.
+    asio::awaitable<void> endWithin(std::string beginning)
+    {
+        m_open = false;
+        co_await m_ws.async_write_some(false, asio::buffer(beginning), result);
+        boost::system::error_code ignored; // the peer may be gone
+        beast::get_lowest_layer(*m_tls).socket().shutdown(asio::socket_base::shutdown_both, ignored);
     }
 
     asio::awaitable<void> closeWith(std::uint16_t code, std::string reason)

@@ -77,7 +77,7 @@ public:
     /// | status      | status (100 to 599), body (""): this instead of the answer or the upgrade                  |
     /// | emptyBody   | the answer (each WebSocket message) without its body                                       |
     /// | garbledBody | the second half of the body (of each WebSocket message) is noise                           |
-    /// | truncate    | bytes (half): the connection ends after so many bytes of the promised body                 |
+    /// | truncate    | bytes (half): the connection ends after so many bytes of the body (of a WebSocket message) |
     /// | slow        | bytesPerSecond: no more than that leaves the server, TLS included; twice that at the start |
     /// | reset       | afterBytes or afterMessages; neither: TCP reset instead of an answer                       |
     /// | silence     | afterMessages; not given: never answers                                                    |

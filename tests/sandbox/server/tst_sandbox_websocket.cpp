@@ -3,6 +3,7 @@
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/detached.hpp>
 #include <boost/asio/error.hpp>
+#include <boost/asio/ssl/error.hpp>
 #include <boost/json/parse.hpp>
 
 #include <QTest>
@@ -10,13 +11,16 @@
 #include <memory>
 
 #include "tests/fakes/Patience.h"
+#include "tests/fakes/Rows.h"
 #include "tests/fakes/Suite.h"
 #include "tests/sandbox/server/RunningServer.h"
 #include "tests/sandbox/server/TestClient.h"
 
 using namespace sandbox;
 namespace asio = boost::asio;
+using boost::system::error_code;
 using boost::system::system_error;
+using namespace vynlex;
 
 namespace {
 
@@ -137,18 +141,27 @@ private slots:
         QCOMPARE(event.closeReason, "as told");
     }
 
-    void aSocketIsResetAfterSoManyMessages()
+    void aSocketIsLost_data()
     {
-        switchOn(R"({"kind":"reset","afterMessages":1})");
+        addRows<QByteArray, int, error_code>({
+            {"after a message", R"({"kind":"reset","afterMessages":1})", 1, error_code(asio::error::connection_reset)},
+            {"within a message", R"({"kind":"truncate"})", 0, error_code(asio::ssl::error::stream_truncated)},
+        });
+    }
+    void aSocketIsLost()
+    {
+        const auto [fault, messagesBefore, reason] = currentRow<QByteArray, int, error_code>();
+        switchOn(fault.constData());
         TestClient client(m_server.listening(), host, Way::ThroughProxy);
         client.upgrade("/listen", key);
         client.sendText("one");
         try {
-            QCOMPARE(client.receive().text, "one");
+            for (int i = 0; i < messagesBefore; ++i)
+                QCOMPARE(client.receive().text, "one");
             client.receive();
             QFAIL("still connected");
         } catch (const system_error &error) {
-            QVERIFY2(error.code() == asio::error::connection_reset, error.what());
+            QVERIFY2(error.code() == reason, error.what());
         }
     }
 
