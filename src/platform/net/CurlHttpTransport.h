@@ -17,7 +17,8 @@ class CurlWorker;
 /// is decoded when the headers that go out ask for gzip, deflate or br. Damage in a compressed body is noticed; that
 /// the server compressed only a part and sent all of that is not.
 ///
-/// A kept connection that the server closed before it answered a byte is replaced by a new one, unseen.
+/// A kept connection that the server closed before it answered a byte is replaced by a new one, unseen, unless some of
+/// a body has gone out on it: the server may have done what it was asked, and a message would be sent twice.
 class CurlHttpTransport final : public HttpTransport {
 public:
     explicit CurlHttpTransport(HttpSessionConfiguration configuration = {});

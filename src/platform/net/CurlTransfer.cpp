@@ -133,7 +133,9 @@ void CurlTransfer::setRequest()
     curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
     if (sendsBody(request)) {
         curl_easy_setopt(handle, CURLOPT_POST, 1L);
-        curl_easy_setopt(handle, CURLOPT_POSTFIELDS, request.body.constData());
+        // Read once: of a body that curl could go back in, it sends what a dying connection has taken a second time.
+        curl_easy_setopt(handle, CURLOPT_READFUNCTION, onBodyToSend);
+        curl_easy_setopt(handle, CURLOPT_READDATA, this);
         curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
     } else if (request.method == "HEAD") {
         curl_easy_setopt(handle, CURLOPT_NOBODY, 1L);
@@ -228,6 +230,16 @@ std::size_t CurlTransfer::onHeader(char *data, std::size_t size, std::size_t cou
     return size * count;
 }
 
+std::size_t CurlTransfer::onBodyToSend(char *data, std::size_t size, std::size_t count, void *self)
+{
+    auto *transfer = static_cast<CurlTransfer *>(self);
+    const QByteArrayView left = QByteArrayView(transfer->m_order.request.body).sliced(transfer->m_bodyBytesSent);
+    const qsizetype length = std::min(left.size(), static_cast<qsizetype>(size * count));
+    std::copy_n(left.begin(), length, data);
+    transfer->m_bodyBytesSent += length;
+    return static_cast<std::size_t>(length);
+}
+
 std::size_t CurlTransfer::onBody(char *data, std::size_t size, std::size_t count, void *self)
 {
     auto *transfer = static_cast<CurlTransfer *>(self);
@@ -296,6 +308,8 @@ TransferOutcome CurlTransfer::outcome(CURLcode result)
         message = QStringLiteral("%1: the answer is larger than this session takes").arg(QString::fromLatin1(m_host));
     else if (kind == TransportError::Kind::Tls || kind == TransportError::Kind::Proxy) // else it may name the query
         message += QStringLiteral(" (%1)").arg(QString::fromUtf8(m_error.data()));
+    else if (result == CURLE_SEND_FAIL_REWIND)
+        message = QStringLiteral("%1: the connection was lost before the answer").arg(QString::fromLatin1(m_host));
     return tl::unexpected(TransportError{kind, message});
 }
 

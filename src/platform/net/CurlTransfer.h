@@ -46,6 +46,7 @@ private:
     [[nodiscard]] TransportError::Kind kindOf(CURLcode result) const;
 
     static std::size_t onHeader(char *data, std::size_t size, std::size_t count, void *self);
+    static std::size_t onBodyToSend(char *data, std::size_t size, std::size_t count, void *self);
     static std::size_t onBody(char *data, std::size_t size, std::size_t count, void *self);
     static CURLcode onTlsContext(CURL *handle, void *context, void *self);
 
@@ -57,6 +58,7 @@ private:
     std::array<char, CURL_ERROR_SIZE> m_error{};
     HttpHeaders m_responseHeaders;
     qint64 m_headerBytes = 0;
+    qsizetype m_bodyBytesSent = 0;
     QByteArray m_body;
     bool m_tooLarge = false;
 };

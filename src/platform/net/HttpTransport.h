@@ -58,7 +58,7 @@ struct HttpSessionConfiguration {
 
 /// Port: one HTTP session (a connection pool with its settings). Nothing is cached, no cookie is kept, no redirect is
 /// followed, no request is retried; only a kept connection that dies before the first byte of an answer may be replaced
-/// by a new one, unseen.
+/// by a new one, unseen, as long as no byte of a body has gone out.
 class HttpTransport {
 public:
     using Completion = std::function<void(tl::expected<HttpResponse, TransportError>)>;

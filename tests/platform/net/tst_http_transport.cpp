@@ -283,6 +283,34 @@ private slots:
         QCOMPARE(server.connectionCount(), 1);
     }
 
+    void onlyARequestWithoutABodyMayBeRepeatedUnseen_data()
+    {
+        addRows<QByteArray, QByteArray, int>(
+            {{"nothing was asked to be done", "GET", "answered", 3}, {"it may have been done", "POST", "Io", 2}});
+    }
+    void onlyARequestWithoutABodyMayBeRepeatedUnseen()
+    {
+        const auto [method, outcome, requests] = currentRow<QByteArray, QByteArray, int>();
+        HttpRequest request;
+        request.method = method;
+        request.body = method == "POST" ? "body" : "";
+        std::atomic<int> received = 0;
+        const LocalServer server([&](Peer &peer) { // ends without an answer to a connection's second request
+            for (const QByteArray &answer : {ok("answered"), QByteArray()}) {
+                if (peer.readHead().isEmpty())
+                    return;
+                peer.read(request.body.size());
+                ++received;
+                peer.write(answer);
+            }
+        });
+        request.url = urlOf(server);
+        CurlHttpTransport session;
+        QCOMPARE(told(exchange(session, request)), "answered");
+        QCOMPARE(told(exchange(session, request)), outcome);
+        QCOMPARE(received, requests);
+    }
+
     void responseHeadersKeepTheirOrderAndInterimOnesAreDropped()
     {
         const LocalServer server([&](Peer &peer) {
