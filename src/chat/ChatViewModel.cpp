@@ -38,14 +38,16 @@ void ChatViewModel::openPrivateThread(const QString &userId)
 
 void ChatViewModel::fetchMessages()
 {
-    m_api.getChatMessages(
-        threadID, m_lifetime.guard([this, userId = receivedID](const VLApiResult<VLThreadChatMessages> &answer) {
-            if (!answer || receivedID != userId)
-                return;
-            aryMessages = answer->messages.value_or(std::vector<VLChatMessage>());
-            std::ranges::reverse(aryMessages);
-            refresh();
-        }));
+    m_api.getChatMessages(threadID, m_lifetime.guard([this, userId = receivedID, fetch = ++m_fetch](
+                                                         const VLApiResult<VLThreadChatMessages> &answer) {
+        // One that was overtaken, as by leaving the chat and opening it again, would take new messages away.
+        if (!answer || receivedID != userId || fetch < m_fetchShown)
+            return;
+        m_fetchShown = fetch;
+        aryMessages = answer->messages.value_or(std::vector<VLChatMessage>());
+        std::ranges::reverse(aryMessages);
+        refresh();
+    }));
 }
 
 void ChatViewModel::receiveSocketMessage(const VLChatMessage &message)

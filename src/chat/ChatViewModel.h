@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -18,8 +19,8 @@ class VLApiManager;
 /// The messages of the open chat with one other person: fetched, received over the socket, and sent.
 ///
 /// One instance serves every chat in turn; while the next one loads it still has the messages and the thread of the one
-/// before. Every failure is silent and changes nothing, and so is an answer that comes after another chat was opened.
-/// Main thread.
+/// before. Every failure is silent and changes nothing, and so is an answer that comes after another chat was opened,
+/// or after the answer to a later fetch. Main thread.
 class ChatViewModel {
 public:
     /// Of the shared API manager.
@@ -55,7 +56,9 @@ private:
     void refresh();
 
     VLApiManager &m_api;
-    QString m_threadWith; ///< Whom `threadID` is the thread with.
+    QString m_threadWith;           ///< Whom `threadID` is the thread with.
+    std::uint64_t m_fetch = 0;      ///< The number of the latest.
+    std::uint64_t m_fetchShown = 0; ///< Whose messages are here.
     Lifetime m_lifetime;
 };
 

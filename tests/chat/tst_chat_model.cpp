@@ -117,6 +117,18 @@ private slots:
         QCOMPARE(m_screen->shown, (QStringList{u"a"_s, QString()}));
     }
 
+    void anOlderPageDoesNotReplaceANewerOne()
+    {
+        m_model->openPrivateThread(u"asha"_s);
+        answerThread(u"T1"_s);
+        const int slow = network().requestCount() - 1;
+        m_model->openPrivateThread(u"asha"_s);
+        answerThread(u"T1"_s);
+        answerMessages(u"T1"_s, {u"new"_s, u"a"_s});
+        network().answer(slow, 200, R"({"messages":[{"_id":"a"}]})");
+        QCOMPARE(m_screen->shown, QStringList{u"a new"_s});
+    }
+
     void anAnswerToAModelThatIsGoneReachesNobody()
     {
         m_model->openPrivateThread(u"asha"_s);
