@@ -104,10 +104,12 @@ void HomeVC::viewDidLoad()
 
 void HomeVC::fetchJWToken(std::function<void()> completion)
 {
-    m_apiManager.getJWToken(webToken, m_lifetime.guard([this, completion = std::move(completion)](
+    m_apiManager.getJWToken(webToken, m_lifetime.guard([this, asked = webToken, completion = std::move(completion)](
                                                            const VLApiResult<VLTokenResponse> &answer) {
         if (!answer || !answer->jwt)
             return; // Nobody is told, deliberately.
+        if (webToken != asked)
+            return; // The host has another user by now, whom an answer that took its time must not sign out.
         m_apiManager.setCredentials(userIdOfJwt(*answer->jwt), *answer->jwt);
         // The screen may have loaded before the token was there. Its socket has logged in with none, or as somebody
         // else, and would never be sent a message.

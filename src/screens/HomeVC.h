@@ -71,7 +71,7 @@ public:
     ButtonState *const recentsButton = new ButtonState(this);
 
     /// Exchanges `webToken` for the backend's JSON web token and hands that, with the user id in it, to the API
-    /// manager. `completion` runs when this has gone well, else never.
+    /// manager. `completion` runs when this has gone well, else never; nor does it when `webToken` is another by then.
     void fetchJWToken(std::function<void()> completion);
     /// Fetches the device's contacts, which are told the backend 0.5 s later, and the recent calls.
     void loadData();

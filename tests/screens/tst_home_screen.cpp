@@ -203,6 +203,18 @@ private slots:
         QCOMPARE(m_chat->aryMessages.size(), 1U);
     }
 
+    void aLateAnswerSignsNoFormerUserIn()
+    {
+        m_screen->fetchJWToken([] { QFAIL("a former user"); });
+        m_screen->webToken = u"another"_s;
+        bool signedIn = false;
+        m_screen->fetchJWToken([&] { signedIn = true; });
+        answer(tokens, token);
+        QVERIFY(signedIn);
+        backend().answer(requests(tokens).front(), 200, R"({"jwt":"a.eyJ1c2VySWQiOiJmb3JtZXIifQ.c"})");
+        QCOMPARE(m_api->currentUserGuestID, u"me"_s);
+    }
+
     void anAddressBookThatCannotBeReadIsALine_data()
     {
         addRows<bool, QString, int>({{"refused", true, u"Access to contacts denied."_s, 0},
