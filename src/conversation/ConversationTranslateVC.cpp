@@ -207,11 +207,15 @@ void ConversationTranslateVC::toggleReadingAloud(Side side)
         button->setSelected(false);
         return;
     }
-    const Task completed = m_lifetime.guard([button] { button->setSelected(false); });
-    GlobalQueue::async(
-        [reader = m_textToSpeachViewModel, call = m_textToSpeachViewModel->announce(), text, side, completed] {
-            reader->speakText(call, text, side == Side::Speaker, {}, [completed] { MainQueue::async(completed); });
-        });
+    std::uint64_t &reading = side == Side::Speaker ? m_speakerReading : m_listenerReading;
+    reading = m_textToSpeachViewModel->announce();
+    const Task completed = m_lifetime.guard([button, &reading, call = reading] {
+        if (call == reading) // else the text is being read once more
+            button->setSelected(false);
+    });
+    GlobalQueue::async([reader = m_textToSpeachViewModel, call = reading, text, side, completed] {
+        reader->speakText(call, text, side == Side::Speaker, {}, [completed] { MainQueue::async(completed); });
+    });
 }
 
 // --- Languages

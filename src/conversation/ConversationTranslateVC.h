@@ -140,6 +140,8 @@ private:
     const std::shared_ptr<TextToSpeachViewModel> m_textToSpeachViewModel;
     TextToTextViewModel m_textToTextViewModel;
     LanguagePicker m_languagePicker;
+    std::uint64_t m_speakerReading = 0; ///< The number of what the side's button began last.
+    std::uint64_t m_listenerReading = 0;
     std::uint64_t m_listening = 0; ///< The number of the latest listening.
     bool m_listeningHasResult = false;
     std::uint64_t m_translation = 0;   ///< The number of the latest translation.

@@ -352,6 +352,20 @@ private slots:
         speech().lastUtterance().complete();
     }
 
+    void theEndOfOneReadingDoesNotEndTheNext()
+    {
+        QVERIFY(say(Side::Speaker, u"Hello."_s));
+        m_screen->didPressSpeakerSideTextToSpeachButtonAction();
+        TRY_COMPARE(speech().utteranceCount(), 1);
+        speech().lastUtterance().complete(); // on its way to the main thread while the button is pressed twice
+        m_screen->didPressSpeakerSideTextToSpeachButtonAction();
+        m_screen->didPressSpeakerSideTextToSpeachButtonAction();
+        TRY_COMPARE(speech().utteranceCount(), 2);
+        QVERIFY(m_screen->speakerTextToSpeachButton->isSelected());
+        speech().lastUtterance().complete();
+        TRY_VERIFY(!m_screen->speakerTextToSpeachButton->isSelected());
+    }
+
     void aReaderThatFailsIsPressedAgain()
     {
         QVERIFY(say(Side::Speaker, u"Hello."_s));
