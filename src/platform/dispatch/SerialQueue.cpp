@@ -1,13 +1,29 @@
 #include "platform/dispatch/SerialQueue.h"
 
-#include <QThread>
-
 #include <deque>
+
+#include <pthread.h>
 
 #include "platform/dispatch/GlobalQueue.h"
 #include "platform/dispatch/Guarded.h"
 
 namespace vynlex {
+namespace {
+
+/// Not by QThread's `objectName`: the object of a pool's thread belongs to whichever thread began it, and may be
+/// written to as long as that one lives only.
+void nameCurrentThread(const QString &name)
+{
+    constexpr qsizetype longest = 15; // on Linux, which takes nothing longer
+    const QByteArray text = name.toLatin1().left(longest);
+#ifdef Q_OS_APPLE
+    pthread_setname_np(text.constData());
+#else
+    pthread_setname_np(pthread_self(), text.constData());
+#endif
+}
+
+} // namespace
 
 struct SerialQueue::Lane : std::enable_shared_from_this<SerialQueue::Lane> {
     struct State {
@@ -30,7 +46,7 @@ struct SerialQueue::Lane : std::enable_shared_from_this<SerialQueue::Lane> {
 
     void drain()
     {
-        QThread::currentThread()->setObjectName(label);
+        nameCurrentThread(label);
         while (const Task task = next())
             task();
     }

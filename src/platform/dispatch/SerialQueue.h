@@ -14,7 +14,7 @@ namespace vynlex {
 /// object that owns the queue; it must own whatever else it uses.
 class SerialQueue {
 public:
-    /// `label` names the running thread in a debugger.
+    /// `label` names the running thread in a debugger, by its first 15 characters.
     explicit SerialQueue(const QString &label);
     ~SerialQueue();
     SerialQueue(const SerialQueue &) = delete;

@@ -102,6 +102,22 @@ private slots:
         QVERIFY(std::is_sorted(order.begin(), order.end()));
     }
 
+    void aSerialQueueNamesTheThreadItself()
+    {
+        std::array<char, 16> name{};
+        QSemaphore done;
+        // Begun by a thread that is gone by then: nothing of it may be needed to name the pool's.
+        std::thread([&] {
+            SerialQueue queue(QStringLiteral("conversionQueueOfOneScreen"));
+            queue.async([&] {
+                pthread_getname_np(pthread_self(), name.data(), name.size());
+                done.release();
+            });
+            done.acquire();
+        }).join();
+        QCOMPARE(name.data(), "conversionQueue");
+    }
+
     void aTaskMayOwnTheOwnerOfItsSerialQueue()
     {
         struct Owner {
