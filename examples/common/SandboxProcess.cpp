@@ -12,6 +12,8 @@
 #include <QSslConfiguration>
 #include <QTcpSocket>
 
+#include <csignal>
+
 using namespace Qt::StringLiterals;
 
 namespace examples {
@@ -42,16 +44,21 @@ QString SandboxProcess::defaultProgram()
 tl::expected<std::unique_ptr<SandboxProcess>, QString> SandboxProcess::start(const QString &program,
                                                                              const QString &dataFolder)
 {
-    QStringList arguments{u"--stop-with-parent"_s}; // its standard input ends when this process does
-    if (!dataFolder.isEmpty())
-        arguments << u"--data"_s << dataFolder;
     std::unique_ptr<SandboxProcess> sandbox(new SandboxProcess);
-    QProcess &process = sandbox->m_process;
-    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process.start(program, arguments);
-    if (!process.waitForStarted())
-        return tl::unexpected(u"The sandbox does not start (%1: %2)."_s.arg(program, process.errorString()));
-    return sandbox->readStartUpLine().map([&] { return std::move(sandbox); });
+    sandbox->m_program = program;
+    sandbox->m_arguments = {u"--stop-with-parent"_s}; // its standard input ends when this process does
+    if (!dataFolder.isEmpty())
+        sandbox->m_arguments << u"--data"_s << dataFolder;
+    return sandbox->launch({}).map([&] { return std::move(sandbox); });
+}
+
+tl::expected<void, QString> SandboxProcess::launch(const QStringList &arguments)
+{
+    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_process.start(m_program, m_arguments + arguments);
+    if (!m_process.waitForStarted())
+        return tl::unexpected(u"The sandbox does not start (%1: %2)."_s.arg(m_program, m_process.errorString()));
+    return readStartUpLine();
 }
 
 SandboxProcess::~SandboxProcess()
@@ -69,22 +76,49 @@ vynlex::VLTranslationConfig SandboxProcess::configuration()
 
 tl::expected<void, QString> SandboxProcess::delayNext(const QString &path, std::chrono::milliseconds delay) const
 {
-    return playFault({{"path", path}, {"kind", "latency"}, {"ms", static_cast<qint64>(delay.count())}});
+    return playOnce({{"path", path}, {"kind", "latency"}, {"ms", static_cast<qint64>(delay.count())}});
 }
 
 tl::expected<void, QString> SandboxProcess::answerNext(const QString &path, int httpStatus,
                                                        const QByteArray &body) const
 {
-    return playFault({{"path", path}, {"kind", "status"}, {"status", httpStatus}, {"body", QString::fromUtf8(body)}});
+    return playOnce({{"path", path}, {"kind", "status"}, {"status", httpStatus}, {"body", QString::fromUtf8(body)}});
 }
 
-tl::expected<void, QString> SandboxProcess::playFault(QJsonObject fault) const
+tl::expected<void, QString> SandboxProcess::playOnce(QJsonObject fault) const
 {
     fault.insert("times"_L1, 1);
-    const QByteArray answer = control("POST /faults", QJsonDocument(QJsonArray{fault}).toJson(QJsonDocument::Compact));
+    return addFaults({fault});
+}
+
+tl::expected<void, QString> SandboxProcess::addFaults(const QJsonArray &faults) const
+{
+    const QByteArray answer = control("POST /faults", QJsonDocument(faults).toJson(QJsonDocument::Compact));
     if (QJsonDocument::fromJson(answer).isArray()) // of the faults that are switched on
         return {};
     return tl::unexpected(u"The sandbox plays no such fault: %1"_s.arg(QString::fromUtf8(answer)));
+}
+
+void SandboxProcess::clearFaults() const
+{
+    control("DELETE /faults");
+}
+
+void SandboxProcess::kill()
+{
+    m_process.kill();
+    m_process.waitForFinished();
+}
+
+tl::expected<void, QString> SandboxProcess::restart()
+{
+    return launch({u"--port"_s, QString::number(m_tlsPort), u"--proxy-port"_s, QString::number(m_address.proxyPort),
+                   u"--control-port"_s, QString::number(m_controlPort)});
+}
+
+void SandboxProcess::setFrozen(bool frozen) const
+{
+    ::kill(static_cast<pid_t>(m_process.processId()), frozen ? SIGSTOP : SIGCONT);
 }
 
 std::vector<SandboxProcess::Socket> SandboxProcess::sockets() const
@@ -125,6 +159,7 @@ tl::expected<void, QString> SandboxProcess::readStartUpLine()
             return tl::unexpected(u"The sandbox ended or gave no sign of life at its start."_s);
     }
     const QJsonObject line = QJsonDocument::fromJson(m_process.readLine()).object();
+    m_tlsPort = static_cast<quint16>(line["tls"_L1].toInt());
     m_controlPort = static_cast<quint16>(line["control"_L1].toInt());
     m_address = {static_cast<quint16>(line["proxy"_L1].toInt()), line["ca"_L1].toString()};
     return useSandbox(m_address);

@@ -2,6 +2,7 @@
 
 #include <VynlexTranslationSDK/VLTranslationConfig.h>
 
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QProcess>
 #include <QString>
@@ -60,15 +61,30 @@ public:
     tl::expected<void, QString> delayNext(const QString &path, std::chrono::milliseconds delay) const;
     tl::expected<void, QString> answerNext(const QString &path, int httpStatus, const QByteArray &body = {}) const;
 
+    /// Switches faults on, beside those that are on, in the words of the control port. An error is one clear line.
+    tl::expected<void, QString> addFaults(const QJsonArray &faults) const;
+    void clearFaults() const;
+
+    /// Ends it as a crash would. What it has answered is on its disk.
+    void kill();
+    /// After `kill`: the same data at the same ports.
+    tl::expected<void, QString> restart();
+    /// While it is frozen its connections stand and nothing comes out of them, as when the network is gone.
+    void setFrozen(bool frozen) const;
+
 private:
     SandboxProcess() = default;
-    tl::expected<void, QString> playFault(QJsonObject fault) const;
+    tl::expected<void, QString> playOnce(QJsonObject fault) const;
     /// The answer's body, empty when there is none; waits 5 s at most.
     QByteArray control(const QByteArray &requestLine, const QByteArray &body = {}) const;
+    tl::expected<void, QString> launch(const QStringList &arguments);
     tl::expected<void, QString> readStartUpLine();
 
     QProcess m_process;
+    QString m_program;
+    QStringList m_arguments;
     SandboxAddress m_address;
+    quint16 m_tlsPort = 0;
     quint16 m_controlPort = 0;
 };
 
