@@ -1,18 +1,19 @@
 // Calls to the backend over real connections: the deployment's host name, TLS, and a server and a proxy on loopback.
 //   a burst: 60 calls, answered after 200 ms each, of which 15 go at a time
-//   one after another over a kept connection, beside the same call by curl alone
+//   one after another over a kept connection
+// beside the same calls by curl alone.
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QNetworkProxy>
-#include <QTextStream>
-
 #include <algorithm>
 #include <atomic>
+#include <deque>
 #include <vector>
 
 #include "api/ApiRequests.h"
 #include "api/VLApiRequestManager.h"
+#include "benchmarks/Figures.h"
 #include "platform/device/Platform.h"
 #include "platform/net/CurlHttpTransport.h"
 #include "tests/platform/net/LocalServer.h"
@@ -24,6 +25,7 @@ using namespace vynlex;
 namespace {
 
 constexpr int burst = 60;
+constexpr int connections = 15;
 constexpr int rounds = 15;
 constexpr int callsPerRound = 100;
 
@@ -45,12 +47,6 @@ void serve(Peer &peer)
         --underWay;
         peer.write(answer);
     }
-}
-
-double median(std::vector<double> values)
-{
-    std::ranges::sort(values);
-    return values.at(values.size() / 2);
 }
 
 /// Seconds that `count` calls take which are all made at once.
@@ -100,6 +96,7 @@ public:
         curl_easy_setopt(m_handle, CURLOPT_HTTPPROXYTUNNEL, 1L);
         curl_easy_setopt(m_handle, CURLOPT_NOPROXY, "");
         curl_easy_setopt(m_handle, CURLOPT_WRITEFUNCTION, collect);
+        curl_easy_setopt(m_handle, CURLOPT_WRITEDATA, &m_body);
     }
     ~BareCurl()
     {
@@ -111,19 +108,48 @@ public:
 
     double callSeconds()
     {
-        QByteArray body;
+        m_body.clear();
         QElapsedTimer timer;
         timer.start();
-        curl_easy_setopt(m_handle, CURLOPT_WRITEDATA, &body);
-        if (const CURLcode result = curl_easy_perform(m_handle); result != CURLE_OK || body.isEmpty())
+        if (const CURLcode result = curl_easy_perform(m_handle); result != CURLE_OK || m_body.isEmpty())
             qFatal("curl: %s", curl_easy_strerror(result));
         return static_cast<double>(timer.nsecsElapsed()) / 1e9;
     }
+    [[nodiscard]] CURL *handle() const { return m_handle; }
 
 private:
     CURL *m_handle;
     curl_slist *m_headers = nullptr;
+    QByteArray m_body;
 };
+
+/// Seconds that `count` calls take by curl's multi interface, `lanes` of them under way at a time. (Its own limit of
+/// connections per host starts one waiting call per turn, and takes more than twice as long.)
+double bareSeconds(CURLM *multi, std::deque<BareCurl> &lanes, int count)
+{
+    int left = count - static_cast<int>(lanes.size());
+    QElapsedTimer timer;
+    timer.start();
+    for (BareCurl &lane : lanes)
+        curl_multi_add_handle(multi, lane.handle());
+    for (int running = 1; running > 0;) {
+        curl_multi_perform(multi, &running);
+        int others = 0;
+        while (const CURLMsg *const message = curl_multi_info_read(multi, &others)) {
+            if (message->data.result != CURLE_OK)
+                qFatal("curl: %s", curl_easy_strerror(message->data.result));
+            CURL *const lane = message->easy_handle;
+            curl_multi_remove_handle(multi, lane);
+            if (left-- > 0) {
+                curl_multi_add_handle(multi, lane);
+                running = 1;
+            }
+        }
+        if (running > 0)
+            curl_multi_poll(multi, nullptr, 0, 1000, nullptr);
+    }
+    return static_cast<double>(timer.nsecsElapsed()) / 1e9;
+}
 
 } // namespace
 
@@ -143,28 +169,43 @@ int main(int argc, char **argv)
         return std::make_unique<CurlHttpTransport>(configuration);
     };
     Platform::install(std::move(platform));
-    QTextStream out(stdout);
+    const Figures figures(argc, argv);
 
     VLApiRequestManager manager;
-    kitSeconds(manager, 15); // connections that are kept
-    mostUnderWay = 0;
+    CURLM *const multi = curl_multi_init();
+    std::deque<BareCurl> lanes;
+    while (lanes.size() < connections)
+        lanes.emplace_back(proxy.port(), authority.certificatePem);
+    kitSeconds(manager, connections); // connections that are kept
+    bareSeconds(multi, lanes, connections);
+    std::vector<double> kitMs;
+    std::vector<double> bareMs;
     delayMs = 200;
-    const double seconds = kitSeconds(manager, burst);
-    out << burst << " calls of " << delayMs << " ms: " << seconds << " s, at most " << mostUnderWay << " at a time\n";
+    mostUnderWay = 0;
+    for (int round = 0; round < 5; ++round) { // in turns, so that both see the same machine
+        kitMs.push_back(kitSeconds(manager, burst) * 1e3);
+        bareMs.push_back(bareSeconds(multi, lanes, burst) * 1e3);
+    }
+    if (mostUnderWay > connections)
+        qFatal("%d calls at a time", mostUnderWay.load());
+    figures.print("60 calls of 200 ms at once", kitMs);
+    figures.print("60 calls of 200 ms at once, curl alone", bareMs);
+    curl_multi_cleanup(multi);
 
-    BareCurl bare(proxy.port(), authority.certificatePem);
+    BareCurl &bare = lanes.front();
     for (const int delay : {0, 5, 20}) {
         delayMs = delay;
-        std::vector<double> kitMs;
-        std::vector<double> bareMs;
-        for (int round = 0; round < rounds; ++round) { // in turns, so that both see the same machine
+        kitMs.clear();
+        bareMs.clear();
+        for (int round = 0; round < rounds; ++round) {
             for (int call = 0; call < callsPerRound / (1 + delay / 5); ++call)
                 kitMs.push_back(kitSeconds(manager, 1) * 1e3);
             for (int call = 0; call < callsPerRound / (1 + delay / 5); ++call)
                 bareMs.push_back(bare.callSeconds() * 1e3);
         }
-        out << "a call that the server takes " << delay << " ms for: kit " << median(kitMs) << " ms, curl alone "
-            << median(bareMs) << " ms, ratio " << median(kitMs) / median(bareMs) << '\n';
+        const QByteArray what = "a call that the server takes " + QByteArray::number(delay) + " ms for";
+        figures.print(what, kitMs);
+        figures.print(what + ", curl alone", bareMs);
     }
     return EXIT_SUCCESS;
 }

@@ -7,6 +7,7 @@
 
 #include "benchmarks/Figures.h"
 #include "tests/fakes/CapturedConsole.h"
+#include "tests/fakes/Patience.h"
 #include "tests/views/ConversationStage.h"
 
 using namespace Qt::StringLiterals;
@@ -32,7 +33,8 @@ int main(int argc, char **argv)
         const CapturedConsole console; // what the kit prints would be drawn by nobody
         for (int turn = 0; turn < turns; ++turn) {
             const int before = stage.platform.network->requestCount();
-            if (!stage.listen(Side::Speaker))
+            if (!stage.listen(Side::Speaker) ||
+                !eventually([&] { return stage.platform.speechService->lastRecognition().isStarted(); }))
                 return EXIT_FAILURE;
             QElapsedTimer timer;
             timer.start();

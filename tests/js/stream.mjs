@@ -1,4 +1,4 @@
-// The other side of benchmarks/compare/recognition: streams a raw file at the speed of sound and prints the cost.
+// The other side of benchmarks/compare/kit-recognition: streams a raw file at the speed of sound and prints the cost as JSON.
 //   CONFERA_SANDBOX=... node stream.mjs FILE.pcm
 
 import { readFileSync } from 'node:fs';
@@ -7,13 +7,19 @@ import { startSandbox } from './sandbox.mjs';
 
 const pcm = readFileSync(process.argv[2]);
 const sandbox = await startSandbox();
+const before = process.cpuUsage();
 const config = sandbox.speechConfig();
 config.speechRecognitionLanguage = 'en-US';
 config.enableDictation();
 const stream = sdk.AudioInputStream.createPushStream();
 const recogniser = new sdk.SpeechRecognizer(config, sdk.AudioConfig.fromStreamInput(stream));
 let phrases = 0;
-recogniser.recognized = (_, event) => { phrases += event.result.text ? 1 : 0; };
+let lastByte;
+let lastResult = performance.now();
+recogniser.recognized = (_, event) => {
+    phrases += event.result.text ? 1 : 0;
+    lastResult = performance.now();
+};
 const over = new Promise(resolve => { recogniser.canceled = resolve; });
 recogniser.startContinuousRecognitionAsync();
 let offset = 0;
@@ -22,14 +28,19 @@ const pace = setInterval(() => {
     if (piece.length)
         stream.write(piece.buffer.slice(piece.byteOffset, piece.byteOffset + piece.length));
     else {
+        lastByte = performance.now();
         stream.close();
         clearInterval(pace);
     }
 }, 100);
 await over;
-const { user, system } = process.cpuUsage();
+const { user, system } = process.cpuUsage(before);
 const { maxRSS } = process.resourceUsage();
-console.log(`vendor's JavaScript client: ${phrases} phrases, CPU ${Math.round((user + system) / 1000)} ms, `
-    + `peak memory ${Math.round(maxRSS / 1024)} MiB`);
+console.log(JSON.stringify({
+    phrases,
+    cpuMs: Math.round((user + system) / 1000),
+    peakMiB: Math.round(maxRSS / 1024),
+    lastResultMs: lastResult - lastByte,
+}));
 recogniser.close();
 await sandbox.stop();
