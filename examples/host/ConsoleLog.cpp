@@ -8,8 +8,9 @@ namespace host {
 
 ConsoleLog::ConsoleLog(const QString &path)
     : m_file(path)
+    , m_reader(path)
 {
-    if (!m_file.open(QIODevice::ReadWrite | QIODevice::Truncate | QIODevice::Append))
+    if (!m_file.open(QIODevice::WriteOnly) || !m_reader.open(QIODevice::ReadOnly))
         return;
     std::fflush(stdout);
     m_ownOutput = dup(STDOUT_FILENO);
@@ -27,7 +28,7 @@ ConsoleLog::~ConsoleLog()
 
 QStringList ConsoleLog::newLines()
 {
-    return QString::fromUtf8(m_file.readAll()).split(u'\n', Qt::SkipEmptyParts);
+    return QString::fromUtf8(m_reader.readAll()).split(u'\n', Qt::SkipEmptyParts);
 }
 
 } // namespace host

@@ -19,6 +19,7 @@ public:
 
 private:
     QFile m_file;
+    QFile m_reader; ///< Apart, because whoever writes moves the file's place on.
     int m_ownOutput = -1;
 };
 

@@ -92,7 +92,7 @@ QString momentHtml(const TourMoment &moment)
         html += "</div>\n"_L1;
     }
     if (!moment.console.isEmpty())
-        html += u"<details><summary>Console, %1 lines</summary><pre>%2</pre></details>\n"_s.arg(moment.console.size())
+        html += u"<details><summary>Console lines: %1</summary><pre>%2</pre></details>\n"_s.arg(moment.console.size())
                     .arg(moment.console.join(u'\n').toHtmlEscaped());
     return html + "</article>\n"_L1;
 }
