@@ -50,14 +50,26 @@ void HomePlayer::leaveKit()
 
 void HomePlayer::openContacts()
 {
-    m_hand.press(u"Contacts"_s, QAccessible::PageTab);
-    awaitPeople();
-    m_stage.settle();
+    openTab(u"Contacts"_s);
 }
 
 void HomePlayer::openRecents()
 {
-    m_hand.press(u"Recent"_s, QAccessible::PageTab);
+    openTab(u"Recent"_s);
+}
+
+void HomePlayer::openTab(const QString &name)
+{
+    m_hand.await(u"The home screen"_s, [this] { return m_stage.screen<HomeVC>() != nullptr; });
+    if (!m_hand.isAtWork())
+        return;
+    // Until they are there the table goes on showing those of the other tab.
+    bool areNew = false;
+    const auto watch = QObject::connect(m_stage.screen<HomeVC>()->tableView(), &QAbstractItemModel::modelReset,
+                                        [&areNew] { areNew = true; });
+    m_hand.press(name, QAccessible::PageTab);
+    m_hand.await(u"The people of the tab \"%1\""_s.arg(name), [&areNew] { return areNew; });
+    QObject::disconnect(watch);
     awaitPeople();
     m_stage.settle();
 }

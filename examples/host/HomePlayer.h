@@ -32,6 +32,7 @@ public:
     void openChat(const QString &name);
 
 private:
+    void openTab(const QString &name);
     void awaitPeople();
 
     Stage &m_stage;
