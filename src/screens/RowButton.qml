@@ -10,7 +10,8 @@ Tappable {
 
     property bool lying: false
 
-    implicitWidth: root.lying ? disc.width + Theme.gapTiny + label.implicitWidth : Math.max(52, Math.ceil(label.implicitWidth) + Theme.gapTiny)
+    // The ring of one keeps clear of its own title and of the other's.
+    implicitWidth: root.lying ? disc.width + Theme.gapTiny + Math.ceil(label.implicitWidth) + Theme.gapSmall : Math.max(52, Math.ceil(label.implicitWidth) + Theme.gapLarge)
     implicitHeight: root.lying ? Math.max(48, label.height) : disc.height + Theme.gapTiny / 2 + label.height
     focusOutset: 4
     focusRadius: Theme.radiusSmall
