@@ -67,7 +67,7 @@ public:
         m_givenUpBefore = timesGivenUp();
         listen();
     }
-    [[nodiscard]] bool cameThrough() const override { return isTranslated(); }
+    [[nodiscard]] bool cameThrough() const override { return m_screen->speakerLabel->text() == Laboratory::sentence(); }
     [[nodiscard]] QString complaint() const override
     {
         if (!m_screen->speakerMicButton->isSelected())
