@@ -1,17 +1,15 @@
 #pragma once
 
 #include <chrono>
-#include <functional>
+
+#include "EventLoop.h"
 
 namespace host {
 
 /// A service that has not answered by then does not answer.
 inline constexpr std::chrono::seconds serviceLimit{30};
 
-/// Runs the event loop until `condition` holds, or `limit` has passed; says which. Main thread.
-bool waitUntil(const std::function<bool()> &condition, std::chrono::milliseconds limit);
-
-/// Runs the event loop that long.
-void letPass(std::chrono::milliseconds time);
+using examples::letPass;
+using examples::waitUntil;
 
 } // namespace host

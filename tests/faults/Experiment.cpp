@@ -4,6 +4,8 @@
 #include <cmath>
 #include <map>
 
+#include "EventLoop.h"
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -73,7 +75,7 @@ private:
             else if (const qint64 since = atRestSince.try_emplace(&row, now).first->second; now - since >= settlingMs)
                 cells[&row] = cellOf(row, since, tooLong);
         };
-        Laboratory::waitUntil(
+        examples::waitUntil(
             [&] {
                 for (FaultRow *const row : m_rows) {
                     if (!cells.contains(row))
@@ -94,12 +96,12 @@ private:
         std::erase_if(late, &FaultRow::isAsking);
         std::ranges::for_each(late, &FaultRow::act);
         const auto asks = [](FaultRow *row) { return !row->isBusy() || row->isAsking(); };
-        Laboratory::waitUntil([&] { return std::ranges::all_of(late, asks); }, untilLateOnesAsk);
+        examples::waitUntil([&] { return std::ranges::all_of(late, asks); }, untilLateOnesAsk);
         for (FaultRow *const row : m_rows) {
             if (std::ranges::find(late, row) == late.end())
                 row->act();
         }
-        Laboratory::waitUntil([] { return false; }, untilEverybodyAsks);
+        examples::letPass(untilEverybodyAsks);
         for (const FaultRow *const row : late) {
             if (!row->isAsking())
                 complain(*row, u"was over, or had not begun, when the outage came"_s);
@@ -121,7 +123,7 @@ private:
     {
         std::ranges::for_each(m_rows, &FaultRow::actAgain);
         const auto works = [](FaultRow *row) { return !row->isBusy() && row->cameThrough(); };
-        Laboratory::waitUntil([&] { return std::ranges::all_of(m_rows, works); }, recovering);
+        examples::waitUntil([&] { return std::ranges::all_of(m_rows, works); }, recovering);
         for (FaultRow *const row : m_rows) {
             if (!works(row))
                 complain(*row, u"does not work after the fault has gone"_s);
@@ -175,7 +177,7 @@ Findings Experiment::prepareAgain()
 Findings Experiment::awaitReadiness()
 {
     const auto ready = [](FaultRow *row) { return !row->isBusy(); };
-    Laboratory::waitUntil([&] { return std::ranges::all_of(rows(), ready); }, preparing);
+    examples::waitUntil([&] { return std::ranges::all_of(rows(), ready); }, preparing);
     Findings findings;
     for (FaultRow *const row : rows()) {
         if (!ready(row))

@@ -2,6 +2,8 @@
 
 #include <QJsonArray>
 
+#include "EventLoop.h"
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -45,11 +47,11 @@ void FaultColumn::strike(Laboratory &laboratory) const
     examples::SandboxProcess &sandbox = laboratory.sandbox();
     if (outage == Outage::ServerCrashes) {
         sandbox.kill();
-        Laboratory::waitUntil([] { return false; }, 1s);
+        examples::letPass(1s);
         laboratory.restartSandbox();
     } else if (outage == Outage::NetworkIsGone) {
         sandbox.setFrozen(true);
-        Laboratory::waitUntil([] { return false; }, networkOutage);
+        examples::letPass(networkOutage);
         sandbox.setFrozen(false);
     }
 }

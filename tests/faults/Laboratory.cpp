@@ -1,15 +1,12 @@
 #include "tests/faults/Laboratory.h"
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
-#include <QEventLoop>
 #include <QSslConfiguration>
 #include <QTcpSocket>
-#include <QTimer>
 
 #include <algorithm>
 #include <atomic>
 
+#include "EventLoop.h"
 #include "language/LanguageOption.h"
 #include "platform/audio/WavAudioPlayer.h"
 #include "platform/audio/WavFile.h"
@@ -143,7 +140,7 @@ PcmBuffer Laboratory::record()
         const auto result = (*Platform::current()->speechService->makeSynthesizer(*config))->speakText(sentence());
         MainQueue::async([&] { spoken = true; });
     });
-    waitUntil([&] { return spoken; }, std::chrono::minutes(1));
+    examples::waitUntil([&] { return spoken; }, std::chrono::minutes(1));
     const auto sound = WavFile::read(m_folder.filePath(u"0.wav"_s));
     if (!sound)
         qFatal("The sandbox's voice cannot be recorded: %s", qPrintable(sound.error()));
@@ -199,19 +196,6 @@ void Laboratory::leadEverythingToTheSandbox()
 {
     m_ways->clear();
     m_ways->insert({}, m_sandbox->address().proxyPort);
-}
-
-bool Laboratory::waitUntil(const std::function<bool()> &condition, std::chrono::milliseconds limit)
-{
-    const QDeadlineTimer deadline(limit);
-    QTimer tick; // wakes the loop for conditions that no event announces
-    tick.start(20);
-    while (!condition()) {
-        if (deadline.hasExpired())
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return true;
 }
 
 } // namespace faults

@@ -48,9 +48,6 @@ public:
     void lead(const QString &host, WayOut wayOut);
     void leadEverythingToTheSandbox();
 
-    /// Runs the event loop until `condition` holds or the time is over; says which.
-    static bool waitUntil(const std::function<bool()> &condition, std::chrono::milliseconds limit);
-
 private:
     class Ways;
 

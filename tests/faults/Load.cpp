@@ -10,6 +10,7 @@
 #include <array>
 #include <random>
 
+#include "EventLoop.h"
 #include "api/JwtUserId.h"
 #include "sandbox/backend/Database.h"
 #include "tests/faults/Laboratory.h"
@@ -59,7 +60,7 @@ public:
                 });
         }
         const auto ready = [](const auto &writer) { return !writer->threadId.isEmpty(); };
-        return Laboratory::waitUntil([&] { return std::ranges::all_of(m_writers, ready); }, limit);
+        return examples::waitUntil([&] { return std::ranges::all_of(m_writers, ready); }, limit);
     }
 
     void run(std::chrono::seconds length)
@@ -73,13 +74,13 @@ public:
             writing.start(betweenMessages);
             const std::chrono::milliseconds life(
                 std::uniform_int_distribution<int>(shortestLifeMs, longestLifeMs)(m_random));
-            Laboratory::waitUntil([] { return false; }, life);
+            examples::letPass(life);
             m_laboratory.sandbox().kill();
             ++m_kills;
             m_laboratory.restartSandbox();
         }
         writing.stop();
-        Laboratory::waitUntil([this] { return m_underWay == 0; }, limit);
+        examples::waitUntil([this] { return m_underWay == 0; }, limit);
         closeSockets();
         m_laboratory.sandbox().kill();
     }

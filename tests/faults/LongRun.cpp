@@ -6,6 +6,7 @@
 
 #include <random>
 
+#include "EventLoop.h"
 #include "sandbox/backend/Database.h"
 #include "tests/faults/Experiment.h"
 
@@ -96,7 +97,7 @@ int playLongRun(std::chrono::minutes length, unsigned seed)
         if (++round == roundsOfWarmingUp)
             start = Resources::ofThisProcess();
     }
-    Laboratory::waitUntil([] { return false; }, calmingDown);
+    examples::letPass(calmingDown);
     const Resources end = Resources::ofThisProcess();
     experiment.laboratory().sandbox().kill();
     const QString damage = integrity(experiment.laboratory().databaseFile());

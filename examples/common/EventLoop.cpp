@@ -1,11 +1,11 @@
-#include "Waiting.h"
+#include "EventLoop.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QEventLoop>
 #include <QTimer>
 
-namespace host {
+namespace examples {
 
 bool waitUntil(const std::function<bool()> &condition, std::chrono::milliseconds limit)
 {
@@ -25,4 +25,4 @@ void letPass(std::chrono::milliseconds time)
     waitUntil([] { return false; }, time);
 }
 
-} // namespace host
+} // namespace examples
