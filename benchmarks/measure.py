@@ -194,7 +194,7 @@ def calls():
 def decoding():
     of = google("decoding")
     for what, name in ("150 messages", "Messages"), ("10,000 contacts", "Contacts"):
-        yield Figure("decoding", what, "ms", of["decode" + name], "Qt's parse alone", of["parse" + name], 1.5, "ratio")
+        yield Figure("decoding", what, "ms", of["decode" + name], "Qt's parse alone", of["parse" + name], 1.3, "ratio")
         yield Figure("decoding", what, "ms", of["decode" + name], "simdjson's parse alone", of["simdjson" + name])
 
 
