@@ -1,5 +1,5 @@
 # With VYNLEX_PRECOMPILED_HEADERS, what nearly every file includes anyway (the standard library's vocabulary, QtCore, and QtTest for
-# tests) is compiled once. The presets without it show an include that was forgotten.
+# tests) is compiled once. With TESTS the kit itself does without, so that it shows an include that was forgotten.
 
 if(NOT VYNLEX_PRECOMPILED_HEADERS)
     function(vynlex_precompile target from)

@@ -43,7 +43,10 @@ function(vynlex_add_folder name)
     if(ARG_ROOT STREQUAL "src")
         set_property(GLOBAL APPEND PROPERTY VYNLEX_FOLDERS ${target})
     endif()
-    if(NOT ARG_FOLDER MATCHES "^sandbox/") # which knows no Qt
+    if(ARG_FOLDER MATCHES "^sandbox/") # which knows no Qt
+        return()
+    endif()
+    if(NOT ARG_ROOT STREQUAL "src" OR NOT VYNLEX_PRECOMPILED_HEADERS STREQUAL "TESTS")
         vynlex_precompile(${target} vynlex_precompiled_kit)
     endif()
 endfunction()
