@@ -144,7 +144,6 @@ public:
     }
     void act() override
     {
-        6s; // Later than what comes over networks and servers that are soon back.
         m_messagesBefore = messages();
         m_written = 0;
         m_clock.start();
@@ -183,21 +182,13 @@ private:
 
 } // namespace
 
-std::unique_ptr<FaultRow> threadRow(Laboratory &laboratory)
+void addChatRows(FaultRows &rows, Laboratory &laboratory)
 {
-    return std::make_unique<OpeningRow>(laboratory, u"thread"_s, VLApiServer::rc, u"/api/chat/thread"_s);
-}
-std::unique_ptr<FaultRow> messagesRow(Laboratory &laboratory)
-{
-    return std::make_unique<OpeningRow>(laboratory, u"messages"_s, VLApiServer::production, u"/api/chat/thread/*"_s);
-}
-std::unique_ptr<FaultRow> sendRow(Laboratory &laboratory)
-{
-    return std::make_unique<SendRow>(laboratory);
-}
-std::unique_ptr<FaultRow> socketRow(Laboratory &laboratory)
-{
-    return std::make_unique<SocketRow>(laboratory);
+    rows.push_back(std::make_unique<OpeningRow>(laboratory, u"thread"_s, VLApiServer::rc, u"/api/chat/thread"_s));
+    rows.push_back(
+        std::make_unique<OpeningRow>(laboratory, u"messages"_s, VLApiServer::production, u"/api/chat/thread/*"_s));
+    rows.push_back(std::make_unique<SendRow>(laboratory));
+    rows.push_back(std::make_unique<SocketRow>(laboratory));
 }
 
 } // namespace faults

@@ -137,20 +137,13 @@ private:
     Findings m_findings;
 };
 
-std::vector<std::unique_ptr<FaultRow>> allRows(Laboratory &laboratory)
-{
-    std::vector<std::unique_ptr<FaultRow>> rows;
-    for (const auto make : {tokenRow, contactsRow, recentsRow, threadRow, messagesRow, sendRow, socketRow,
-                            recognitionRow, synthesisRow, translationRow})
-        rows.push_back(make(laboratory));
-    return rows;
-}
-
 } // namespace
 
 Experiment::Experiment()
-    : m_rows(allRows(m_laboratory))
 {
+    addHomeRows(m_rows, m_laboratory);
+    addChatRows(m_rows, m_laboratory);
+    addTalkRows(m_rows, m_laboratory);
 }
 
 std::vector<FaultRow *> Experiment::rows() const

@@ -35,7 +35,7 @@ private:
     Findings awaitReadiness();
 
     Laboratory m_laboratory;
-    const std::vector<std::unique_ptr<FaultRow>> m_rows;
+    FaultRows m_rows;
 };
 
 } // namespace faults

@@ -7,6 +7,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "tests/faults/Laboratory.h"
 
@@ -70,16 +71,11 @@ private:
     std::deque<Step> m_steps;
 };
 
-// The rows, each with a kit of its own.
-std::unique_ptr<FaultRow> tokenRow(Laboratory &laboratory);
-std::unique_ptr<FaultRow> contactsRow(Laboratory &laboratory);
-std::unique_ptr<FaultRow> recentsRow(Laboratory &laboratory);
-std::unique_ptr<FaultRow> threadRow(Laboratory &laboratory);
-std::unique_ptr<FaultRow> messagesRow(Laboratory &laboratory);
-std::unique_ptr<FaultRow> sendRow(Laboratory &laboratory);
-std::unique_ptr<FaultRow> socketRow(Laboratory &laboratory);
-std::unique_ptr<FaultRow> recognitionRow(Laboratory &laboratory);
-std::unique_ptr<FaultRow> synthesisRow(Laboratory &laboratory);
-std::unique_ptr<FaultRow> translationRow(Laboratory &laboratory);
+using FaultRows = std::vector<std::unique_ptr<FaultRow>>;
+
+// The rows of the table, in its order, each with a kit of its own.
+void addHomeRows(FaultRows &rows, Laboratory &laboratory);
+void addChatRows(FaultRows &rows, Laboratory &laboratory);
+void addTalkRows(FaultRows &rows, Laboratory &laboratory);
 
 } // namespace faults

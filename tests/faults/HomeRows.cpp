@@ -107,17 +107,11 @@ public:
 
 } // namespace
 
-std::unique_ptr<FaultRow> tokenRow(Laboratory &laboratory)
+void addHomeRows(FaultRows &rows, Laboratory &laboratory)
 {
-    return std::make_unique<TokenRow>(laboratory);
-}
-std::unique_ptr<FaultRow> contactsRow(Laboratory &laboratory)
-{
-    return std::make_unique<ContactsRow>(laboratory);
-}
-std::unique_ptr<FaultRow> recentsRow(Laboratory &laboratory)
-{
-    return std::make_unique<RecentsRow>(laboratory);
+    rows.push_back(std::make_unique<TokenRow>(laboratory));
+    rows.push_back(std::make_unique<ContactsRow>(laboratory));
+    rows.push_back(std::make_unique<RecentsRow>(laboratory));
 }
 
 } // namespace faults

@@ -14,12 +14,13 @@ using SideState = ConversationTranslateVC::SideState;
 
 class TalkRow : public FaultRow {
 public:
-    TalkRow(Laboratory &laboratory, const QString &title, const QString &region)
+    TalkRow(Laboratory &laboratory, const QString &title, const QString &region, const QString &failingHost)
         : m_laboratory(laboratory)
         , m_phone(laboratory, 7, VLApiServer::demo, region)
         , m_screen(m_phone.openConversation())
     {
         name = title;
+        host = failingHost;
     }
 
 protected:
@@ -55,9 +56,8 @@ private:
 class RecognitionRow final : public TalkRow {
 public:
     explicit RecognitionRow(Laboratory &laboratory)
-        : TalkRow(laboratory, u"recognition"_s, u"westindia"_s)
+        : TalkRow(laboratory, u"recognition"_s, u"westindia"_s, u"westindia.stt.speech.microsoft.com"_s)
     {
-        host = u"westindia.stt.speech.microsoft.com"_s;
         isTimed = false;
         patience = 120s; // Five connections of 20 s, and the pauses between them.
     }
@@ -94,9 +94,8 @@ private:
 class SynthesisRow final : public TalkRow {
 public:
     explicit SynthesisRow(Laboratory &laboratory)
-        : TalkRow(laboratory, u"synthesis"_s, u"southindia"_s)
+        : TalkRow(laboratory, u"synthesis"_s, u"southindia"_s, u"southindia.tts.speech.microsoft.com"_s)
     {
-        host = u"southindia.tts.speech.microsoft.com"_s;
     }
     void prepare() override
     {
@@ -131,9 +130,8 @@ private:
 class TranslationRow final : public TalkRow {
 public:
     explicit TranslationRow(Laboratory &laboratory)
-        : TalkRow(laboratory, u"translation"_s, u"centralindia"_s)
+        : TalkRow(laboratory, u"translation"_s, u"centralindia"_s, u"api.cognitive.microsofttranslator.com"_s)
     {
-        host = u"api.cognitive.microsofttranslator.com"_s;
     }
     void prepare() override {}
     void act() override { listen(); }
@@ -157,17 +155,11 @@ protected:
 
 } // namespace
 
-std::unique_ptr<FaultRow> recognitionRow(Laboratory &laboratory)
+void addTalkRows(FaultRows &rows, Laboratory &laboratory)
 {
-    return std::make_unique<RecognitionRow>(laboratory);
-}
-std::unique_ptr<FaultRow> synthesisRow(Laboratory &laboratory)
-{
-    return std::make_unique<SynthesisRow>(laboratory);
-}
-std::unique_ptr<FaultRow> translationRow(Laboratory &laboratory)
-{
-    return std::make_unique<TranslationRow>(laboratory);
+    rows.push_back(std::make_unique<RecognitionRow>(laboratory));
+    rows.push_back(std::make_unique<SynthesisRow>(laboratory));
+    rows.push_back(std::make_unique<TranslationRow>(laboratory));
 }
 
 } // namespace faults
