@@ -317,25 +317,6 @@ private slots:
         m_screen->translateLanguageButtonTapped();
         QVERIFY(std::dynamic_pointer_cast<ConversationTranslateVC>(m_screen->presentedViewController()));
     }
-
-    void whatIsUnderWayOutlivesTheScreen()
-    {
-        contacts().holdReadingAfter(1);
-        m_screen->fetchJWToken([] { QFAIL("the screen is gone"); });
-        m_screen->loadData();
-        m_screen->contactsButtonTapped();
-        settle();
-        m_platform->clock->advance(500ms);
-        m_screen->loadData();
-        m_screen.reset();
-        contacts().letRead();
-        m_platform->clock->advance(500ms);
-        QCOMPARE(requests(uploads).size(), 1U);
-        for (int request = 0; request < backend().requestCount(); ++request)
-            backend().answer(request, 200, token);
-        settle();
-        QCOMPARE(m_api->currentJWT, QString());
-    }
 };
 
 template struct vynlex::InSuite<tst_home_screen>;

@@ -1,13 +1,16 @@
 #include "api/VLApiManager.h"
 #include "chat/ChatViewModel.h"
+#include "chat/SocketManager.h"
 #include "conversation/ConversationTranslateVC.h"
 #include "language/LanguageTranslation.h"
 #include "screens/ChatVC.h"
+#include "screens/HomeVC.h"
 #include "tests/fakes/Patience.h"
 #include "tests/fakes/Rows.h"
 #include "tests/fakes/Suite.h"
 #include "tests/fakes/TestPlatform.h"
 
+#include <QHash>
 #include <QTest>
 
 #include <set>
@@ -21,14 +24,36 @@ namespace {
 using SideState = ConversationTranslateVC::SideState;
 
 /// What a user can be in the middle of when they leave.
-enum class Moment { Idle, Listening, Translating, Reading, Opening, Loading, Recorded, Sending, Previewing, Playing };
+enum class Moment {
+    Idle,
+    Listening,
+    Translating,
+    Reading,
+    Opening,
+    Loading,
+    Recorded,
+    Sending,
+    Previewing,
+    Playing,
+    SigningIn,
+    AskingForContacts,
+};
 /// How the services end what they were asked for, once the screen is gone and opened anew.
 enum class Ending { WithAnswers, WithFailures };
 
-const QByteArray threadAnswer = R"({"_id":"T1"})";
-const QByteArray messages =
-    R"({"messages":[{"_id":"m1","threadId":"T1","createdBy":"asha","messageComponent":{"text":"Hello."}}]})";
-const QByteArray translation = R"([{"translations":[{"text":"नमस्ते।","to":"hi"}]}])";
+const QHash<QByteArray, QByteArray> answers{
+    {"POST /translate", R"([{"translations":[{"text":"नमस्ते।","to":"hi"}]}])"},
+    {"POST /api/externalservertp/get-token", R"({"jwt":"a.eyJ1c2VySWQiOiJuZXh0In0.c"})"}, // of "next"
+    {"GET /api/calls",
+     R"({"totalCount":1,"moreAvailable":false,
+         "callHistory":[{"userId":"asha","ownerName":"Asha","ownerPhoneNo":"1"}]})"},
+    {"GET /api/contacts/all", R"({"contacts":[{"id":"asha","phoneNo":"1"}]})"},
+    {"PUT /api/contacts/append", R"({"success":true})"},
+    {"POST /api/chat/thread", R"({"_id":"T1"})"},
+    {"GET /api/chat/thread/T1/messages",
+     R"({"messages":[{"_id":"m1","threadId":"T1","createdBy":"asha","messageComponent":{"text":"Hello."}}]})"},
+    {"POST /api/chat/thread/T1/messages", R"({"_id":"m2","threadId":"T1","createdBy":"me"})"},
+};
 
 } // namespace
 
@@ -51,13 +76,11 @@ class tst_leaving : public QObject {
         for (int i = 0; i < until; ++i) {
             if (!m_answered.insert(i).second)
                 continue;
-            const QString path = network().request(i).url.path();
+            const HttpRequest request = network().request(i);
             if (how == Ending::WithFailures)
                 network().fail(i, {TransportError::Kind::Io, u"lost"_s});
-            else if (path == u"/translate"_s)
-                network().answer(i, 200, translation);
             else
-                network().answer(i, 200, path.endsWith(u"/messages"_s) ? messages : threadAnswer);
+                network().answer(i, 200, answers.value(request.method + ' ' + request.url.path().toUtf8()));
         }
         settle();
     }
@@ -67,7 +90,10 @@ class tst_leaving : public QObject {
     {
         return eventually([this] { return speech().recognitionCount() == 1 && microphoneRuns(); });
     }
-    [[nodiscard]] bool microphoneRuns() const { return m_platform->audio->lastCapture().isRunning(); }
+    [[nodiscard]] bool microphoneRuns() const
+    {
+        return m_platform->audio->captureCount() > 0 && m_platform->audio->lastCapture().isRunning();
+    }
     [[nodiscard]] bool isRead() const
     {
         return eventually([this] { return speech().utteranceCount() == 1; });
@@ -92,8 +118,7 @@ class tst_leaving : public QObject {
     {
         if (moment == Moment::Opening)
             return network().requestCount() == 1;
-        network().answer(0, 200, threadAnswer);
-        m_answered.insert(0);
+        answerAll();
         if (moment == Moment::Loading)
             return network().requestCount() == 2;
         answerAll();
@@ -112,6 +137,21 @@ class tst_leaving : public QObject {
         if (moment == Moment::Previewing)
             screen.audioPlayButtonAction();
         return moment != Moment::Previewing || isRead();
+    }
+
+    bool reach(Moment moment, HomeVC &screen)
+    {
+        screen.fetchJWToken([&screen] { screen.loadData(); });
+        if (moment == Moment::SigningIn)
+            return network().requestCount() == 1;
+        answerAll();
+        if (moment == Moment::AskingForContacts) {
+            screen.loadData();
+            return m_platform->contactStore->accessRequests() == 2;
+        }
+        m_platform->clock->advance(500ms);
+        screen.contactsButtonTapped();
+        return network().requestCount() == 4; // the token, the calls, the upload and the contacts
     }
 
     /// The new screen has asked for something of its own since `requestsBefore`, which stays open.
@@ -158,7 +198,7 @@ private slots:
     void cleanup()
     {
         m_root.reset();
-        TRY_VERIFY(!m_platform->audio->lastCapture().isAlive());
+        TRY_VERIFY(m_platform->audio->captureCount() == 0 || !m_platform->audio->lastCapture().isAlive());
     }
 
     void theConversationIsNewAgain_data()
@@ -239,6 +279,71 @@ private slots:
         const int playing = table.roleNames().key("playing");
         const int dimmed = table.roleNames().key("dimmed");
         QVERIFY(!table.index(0, 0).data(playing).toBool() && !table.index(0, 0).data(dimmed).toBool());
+    }
+
+    void theHomeScreenIsNewAgain_data()
+    {
+        using enum Moment;
+        using enum Ending;
+        addRows<Moment, Ending>({{"signing in, signed in", SigningIn, WithAnswers},
+                                 {"signing in, failed", SigningIn, WithFailures},
+                                 {"asking for contacts, granted", AskingForContacts, WithAnswers},
+                                 {"asking for contacts, refused", AskingForContacts, WithFailures},
+                                 {"loading, answered", Loading, WithAnswers},
+                                 {"loading, failed", Loading, WithFailures}});
+    }
+    void theHomeScreenIsNewAgain()
+    {
+        const auto [moment, ending] = currentRow<Moment, Ending>();
+        FakeContactStore &contacts = *m_platform->contactStore;
+        contacts.setContacts({{u"Asha"_s, u"Rao"_s, {u"1"_s}}, {u"Ravi"_s, u"Das"_s, {u"2"_s}}});
+        contacts.holdReadingAfter(1);
+        if (ending == Ending::WithFailures && moment == Moment::AskingForContacts)
+            contacts.refuseAccess();
+        else if (ending == Ending::WithFailures)
+            contacts.failReading(u"lost"_s);
+        const long holders = m_platform->contactStore.use_count();
+        SocketManager sockets(*m_chat);
+        const auto open = [&] {
+            auto screen = std::make_shared<HomeVC>(*m_api, *m_languages, sockets);
+            m_root->present(screen, Animated::No);
+            m_platform->socketWorker->run();
+            return screen;
+        };
+        auto first = open();
+        QVERIFY(reach(moment, *first));
+        const int requests = network().requestCount();
+        const QString user = m_api->currentUserGuestID;
+        first->dismiss(Animated::No);
+        const std::weak_ptr gone = std::exchange(first, nullptr);
+        TRY_VERIFY(gone.expired());
+        m_platform->socketWorker->run();
+        FakeSocket socket = m_platform->socketWorker->lastSocket();
+        QVERIFY(ending == Ending::WithAnswers ? socket.connected() : socket.deliver(websocket::Error{}));
+        settle();
+
+        const auto second = open();
+        QVERIFY(!socket.isAlive());
+        endEverything(ending, requests);
+        contacts.letRead();
+        TRY_COMPARE(m_platform->contactStore.use_count(), holders);
+        settle();
+        QCOMPARE(m_api->currentUserGuestID, user);
+        QCOMPARE(network().requestCount(), requests);
+        QVERIFY(!second->isActivityIndicatorAnimating() && !second->presentedViewController());
+        QCOMPARE(second->tableView()->rowCount(), 0);
+        nothingRuns();
+
+        second->fetchJWToken([&second] { second->loadData(); });
+        answerAll();
+        m_platform->socketWorker->run();
+        socket = m_platform->socketWorker->lastSocket();
+        socket.connected();
+        settle();
+        m_platform->socketWorker->run();
+        QCOMPARE(socket.sent().size(), 1U); // the login
+        answerAll();
+        QCOMPARE(second->tableView()->rowCount(), 1);
     }
 };
 
