@@ -14,8 +14,8 @@
 #include "platform/device/Platform.h"
 #include "platform/dispatch/MainQueue.h"
 #include "platform/dispatch/SystemClock.h"
-#include "tests/chat/LoopbackSockets.h"
 #include "tests/platform/net/Frames.h"
+#include "tests/platform/net/TappedSockets.h"
 #include <boost/asio/connect.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
@@ -114,7 +114,7 @@ void throughTheKit(benchmark::State &state)
     Server server;
     Platform platform;
     platform.clock = std::make_shared<SystemClock>();
-    platform.socketWorker = std::make_shared<LoopbackSockets>(server.port());
+    platform.socketWorker = TappedSockets::toLoopback(server.port());
     Platform::install(platform);
     VLWebSocketManager session(VLApiServer::demo, u"a.b.c"_s);
     std::size_t characters = 0;

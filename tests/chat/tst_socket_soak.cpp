@@ -5,12 +5,12 @@
 #include <atomic>
 
 #include "chat/VLWebSocketManager.h"
-#include "tests/chat/LoopbackSockets.h"
 #include "tests/fakes/Patience.h"
 #include "tests/fakes/Secrets.h"
 #include "tests/fakes/Suite.h"
 #include "tests/fakes/TestPlatform.h"
 #include "tests/platform/net/Frames.h"
+#include "tests/platform/net/TappedSockets.h"
 #include <malloc.h>
 
 using namespace Qt::StringLiterals;
@@ -26,7 +26,7 @@ private slots:
         const LocalServer server([this](Peer &peer) { serve(peer); });
         const TestPlatform fakes;
         Platform platform = *Platform::current();
-        platform.socketWorker = std::make_shared<LoopbackSockets>(server.port());
+        platform.socketWorker = TappedSockets::toLoopback(server.port());
         Platform::install(std::move(platform));
 
         VLWebSocketManager session(VLApiServer::demo, secrets::jwt);

@@ -10,12 +10,12 @@
 #include "platform/dispatch/GlobalQueue.h"
 #include "platform/speech/CloudSpeechService.h"
 #include "screens/ChatVC.h"
-#include "tests/chat/LoopbackSockets.h"
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/Patience.h"
 #include "tests/fakes/Secrets.h"
 #include "tests/fakes/TestPlatform.h"
 #include "tests/platform/net/Frames.h"
+#include "tests/platform/net/TappedSockets.h"
 #include "translation/SpeachToTextViewModel.h"
 #include "translation/TextToSpeachViewModel.h"
 #include <malloc.h>
@@ -63,7 +63,7 @@ private slots:
         });
         m_fakes = std::make_unique<TestPlatform>();
         Platform platform = *Platform::current();
-        platform.socketWorker = std::make_shared<LoopbackSockets>(m_server->port());
+        platform.socketWorker = TappedSockets::toLoopback(m_server->port());
         platform.makeAudioPlayer = [] { return std::make_unique<SilentPlayer>(); };
         platform.speechService = std::make_shared<CloudSpeechService>(platform.socketWorker, platform.makeAudioPlayer);
         Platform::install(std::move(platform));
