@@ -4,7 +4,16 @@
 #include <QTextStream>
 
 #include <algorithm>
+#include <chrono>
 #include <vector>
+
+/// How long `work` takes.
+template<typename Work> double milliseconds(Work &&work)
+{
+    const auto begin = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+}
 
 /// What a program says of the times that it took, a line for each kind: for readers, or with `--json` as one object a
 /// line, which `scripts/bench` puts into its table.

@@ -1,10 +1,11 @@
 #pragma once
 
-#include <QElapsedTimer>
 #include <QQuickItem>
 #include <QQuickWindow>
 
 #include <vector>
+
+#include "benchmarks/Figures.h"
 
 /// The list view that is seen within `item`, or null.
 inline QQuickItem *listIn(QQuickItem &item)
@@ -24,12 +25,11 @@ inline std::vector<double> scroll(QQuickWindow &window, QQuickItem &list, double
 {
     const char *const end = step < 0 ? "atYBeginning" : "atYEnd";
     std::vector<double> ms;
-    QElapsedTimer timer;
     while (static_cast<int>(ms.size()) < pictures && !list.property(end).toBool()) {
-        timer.start();
-        list.setProperty("contentY", list.property("contentY").toDouble() + step);
-        static_cast<void>(window.grabWindow());
-        ms.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
+        ms.push_back(milliseconds([&] {
+            list.setProperty("contentY", list.property("contentY").toDouble() + step);
+            static_cast<void>(window.grabWindow());
+        }));
     }
     return ms;
 }

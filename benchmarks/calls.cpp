@@ -4,7 +4,6 @@
 // beside the same calls by curl alone.
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QNetworkProxy>
 #include <algorithm>
 #include <atomic>
@@ -49,23 +48,22 @@ void serve(Peer &peer)
     }
 }
 
-/// Seconds that `count` calls take which are all made at once.
-double kitSeconds(VLApiRequestManager &manager, int count)
+/// Milliseconds that `count` calls take which are all made at once.
+double kitMilliseconds(VLApiRequestManager &manager, int count)
 {
     const VLCaller caller{VLApiServer::demo, u"a.b.c"_s, {}, {}};
     int left = count;
-    QElapsedTimer timer;
-    timer.start();
-    for (int i = 0; i < count; ++i) {
-        manager.send(GetContactsRequest(), caller, [&](const VLApiResult<VLContactsResponse> &result) {
-            if (!result)
-                qFatal("%s", qPrintable(result.error().errorMessage()));
-            --left;
-        });
-    }
-    while (left > 0)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    return static_cast<double>(timer.nsecsElapsed()) / 1e9;
+    return milliseconds([&] {
+        for (int i = 0; i < count; ++i) {
+            manager.send(GetContactsRequest(), caller, [&](const VLApiResult<VLContactsResponse> &result) {
+                if (!result)
+                    qFatal("%s", qPrintable(result.error().errorMessage()));
+                --left;
+            });
+        }
+        while (left > 0)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    });
 }
 
 std::size_t collect(char *data, std::size_t size, std::size_t count, void *into)
@@ -106,14 +104,11 @@ public:
     BareCurl(const BareCurl &) = delete;
     BareCurl &operator=(const BareCurl &) = delete;
 
-    double callSeconds()
+    void call()
     {
         m_body.clear();
-        QElapsedTimer timer;
-        timer.start();
         if (const CURLcode result = curl_easy_perform(m_handle); result != CURLE_OK || m_body.isEmpty())
             qFatal("curl: %s", curl_easy_strerror(result));
-        return static_cast<double>(timer.nsecsElapsed()) / 1e9;
     }
     [[nodiscard]] CURL *handle() const { return m_handle; }
 
@@ -123,32 +118,31 @@ private:
     QByteArray m_body;
 };
 
-/// Seconds that `count` calls take by curl's multi interface, `lanes` of them under way at a time. (Its own limit of
-/// connections per host starts one waiting call per turn, and takes more than twice as long.)
-double bareSeconds(CURLM *multi, std::deque<BareCurl> &lanes, int count)
+/// Milliseconds that `count` calls take by curl's multi interface, `lanes` of them under way at a time. (Its own limit
+/// of connections per host starts one waiting call per turn, and takes more than twice as long.)
+double bareMilliseconds(CURLM *multi, std::deque<BareCurl> &lanes, int count)
 {
     int left = count - static_cast<int>(lanes.size());
-    QElapsedTimer timer;
-    timer.start();
-    for (BareCurl &lane : lanes)
-        curl_multi_add_handle(multi, lane.handle());
-    for (int running = 1; running > 0;) {
-        curl_multi_perform(multi, &running);
-        int others = 0;
-        while (const CURLMsg *const message = curl_multi_info_read(multi, &others)) {
-            if (message->data.result != CURLE_OK)
-                qFatal("curl: %s", curl_easy_strerror(message->data.result));
-            CURL *const lane = message->easy_handle;
-            curl_multi_remove_handle(multi, lane);
-            if (left-- > 0) {
-                curl_multi_add_handle(multi, lane);
-                running = 1;
+    return milliseconds([&] {
+        for (BareCurl &lane : lanes)
+            curl_multi_add_handle(multi, lane.handle());
+        for (int running = 1; running > 0;) {
+            curl_multi_perform(multi, &running);
+            int others = 0;
+            while (const CURLMsg *const message = curl_multi_info_read(multi, &others)) {
+                if (message->data.result != CURLE_OK)
+                    qFatal("curl: %s", curl_easy_strerror(message->data.result));
+                CURL *const lane = message->easy_handle;
+                curl_multi_remove_handle(multi, lane);
+                if (left-- > 0) {
+                    curl_multi_add_handle(multi, lane);
+                    running = 1;
+                }
             }
+            if (running > 0)
+                curl_multi_poll(multi, nullptr, 0, 1000, nullptr);
         }
-        if (running > 0)
-            curl_multi_poll(multi, nullptr, 0, 1000, nullptr);
-    }
-    return static_cast<double>(timer.nsecsElapsed()) / 1e9;
+    });
 }
 
 } // namespace
@@ -176,15 +170,15 @@ int main(int argc, char **argv)
     std::deque<BareCurl> lanes;
     while (lanes.size() < connections)
         lanes.emplace_back(proxy.port(), authority.certificatePem);
-    kitSeconds(manager, connections); // connections that are kept
-    bareSeconds(multi, lanes, connections);
+    kitMilliseconds(manager, connections); // connections that are kept
+    bareMilliseconds(multi, lanes, connections);
     std::vector<double> kitMs;
     std::vector<double> bareMs;
     delayMs = 200;
     mostUnderWay = 0;
     for (int round = 0; round < 5; ++round) { // in turns, so that both see the same machine
-        kitMs.push_back(kitSeconds(manager, burst) * 1e3);
-        bareMs.push_back(bareSeconds(multi, lanes, burst) * 1e3);
+        kitMs.push_back(kitMilliseconds(manager, burst));
+        bareMs.push_back(bareMilliseconds(multi, lanes, burst));
     }
     if (mostUnderWay > connections)
         qFatal("%d calls at a time", mostUnderWay.load());
@@ -199,9 +193,9 @@ int main(int argc, char **argv)
         bareMs.clear();
         for (int round = 0; round < rounds; ++round) {
             for (int call = 0; call < callsPerRound / (1 + delay / 5); ++call)
-                kitMs.push_back(kitSeconds(manager, 1) * 1e3);
+                kitMs.push_back(kitMilliseconds(manager, 1));
             for (int call = 0; call < callsPerRound / (1 + delay / 5); ++call)
-                bareMs.push_back(bare.callSeconds() * 1e3);
+                bareMs.push_back(milliseconds([&] { bare.call(); }));
         }
         const QByteArray what = "a call that the server takes " + QByteArray::number(delay) + " ms for";
         figures.print(what, kitMs);

@@ -2,15 +2,13 @@
 // people from the backend's answer to its first picture, and the pictures of that list being scrolled; beside a bare
 // list view.
 
-#include <QElapsedTimer>
-#include <QGuiApplication>
-
 #include <algorithm>
 #include <vector>
 
 #include "benchmarks/BareList.h"
 #include "benchmarks/Figures.h"
 #include "benchmarks/Scrolling.h"
+#include "benchmarks/SoftwareScreen.h"
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/views/HomeStage.h"
 
@@ -54,23 +52,21 @@ double showContacts(HomeStage &stage, const QByteArray &answer)
         return -1;
     stage.screen->contactsButtonTapped();
     static_cast<void>(stage.window.grabWindow());
-    QElapsedTimer timer;
-    timer.start();
-    if (!stage.platform.network->answer(stage.platform.network->requestCount() - 1, 200, answer))
-        return -1;
-    while (stage.screen->tableView()->rowCount() != people)
-        QCoreApplication::processEvents();
-    static_cast<void>(stage.window.grabWindow());
-    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
+    bool isTaken = false;
+    const double ms = milliseconds([&] {
+        isTaken = stage.platform.network->answer(stage.platform.network->requestCount() - 1, 200, answer);
+        while (isTaken && stage.screen->tableView()->rowCount() != people)
+            QCoreApplication::processEvents();
+        static_cast<void>(stage.window.grabWindow());
+    });
+    return isTaken ? ms : -1;
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    qputenv("QT_QUICK_BACKEND", "software");
-    QGuiApplication application(argc, argv);
+    const SoftwareScreen screen(argc, argv);
     const Figures figures(argc, argv);
     std::vector<double> opening;
     std::vector<double> showing;
@@ -85,10 +81,7 @@ int main(int argc, char **argv)
         const QByteArray answer = contactsAnswer();
         for (int time = 0; time < times; ++time) { // by turns, so that both see the same machine
             opening.push_back(showContacts(stage, answer));
-            QElapsedTimer timer;
-            timer.start();
-            bare.show(people, BareList::From::First);
-            showing.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
+            showing.push_back(milliseconds([&] { bare.show(people, BareList::From::First); }));
         }
         scrolling = scroll(stage.window, *listIn(*stage.window.contentItem()), step, pictures);
         bareScrolling = scroll(bare.window, *bare.list, step, pictures);

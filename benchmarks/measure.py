@@ -42,7 +42,7 @@ class Figure:
     size: int = None  # of a series, for its plot
 
     def ratios(self):
-        return [k / b for k, b in zip(self.kit, self.beside)] if self.beside else []
+        return [k / b for k, b in zip(self.kit, self.beside)] if self.beside and self.unit != "dB" else []
 
     def excess(self):
         return [k - b for k, b in zip(self.kit, self.beside)] if self.beside else []
@@ -98,27 +98,34 @@ def run(command, **options):
     return done.stdout
 
 
-def google(program, clock="cpu_time", on=pinned):
-    """Of a Google Benchmark program: for each benchmark the milliseconds (or the items a second) of every turn, taken in random order."""
+def google(program, on=pinned):
+    """Of a Google Benchmark program: for each benchmark its turns, taken in random order, clocks in milliseconds."""
     out = run(on([PROGRAMS / program, "--benchmark_format=json", "--benchmark_min_time=0.05",
                   f"--benchmark_repetitions={turns}", "--benchmark_enable_random_interleaving=true"]))
     ms = {"ns": 1e-6, "us": 1e-3, "ms": 1}
-    times = {}
+    benchmarks = {}
     for each in json.loads(out)["benchmarks"]:
         if each["run_type"] == "iteration":
-            times.setdefault(each["run_name"], []).append(
-                each[clock] * (ms[each["time_unit"]] if clock.endswith("time") else 1))
-    return times
+            for clock in "cpu_time", "real_time":
+                each[clock] *= ms[each["time_unit"]]
+            benchmarks.setdefault(each["run_name"], []).append(each)
+    return benchmarks
 
 
-def figures(program):
-    """Of a program that prints Figures.h: for each kind of time the summaries of every turn."""
-    kinds = {}
-    for _ in range(turns):
-        for line in run(in_turn([PROGRAMS / program, "--json"])).splitlines():
-            summary = json.loads(line)
-            kinds.setdefault(summary["what"], []).append(summary)
-    return lambda what, which="median": [summary[which] for summary in kinds[what]]
+def figures(program, *arguments):
+    """Of one run of a program that prints Figures.h: for each kind of time its summary."""
+    summaries = map(json.loads, run(in_turn([PROGRAMS / program, "--json", *arguments])).splitlines())
+    return {summary["what"]: summary for summary in summaries}
+
+
+def column(rows, what):
+    return [row[what] for row in rows]
+
+
+def in_turns(program):
+    """Of every turn of a program that prints Figures.h: a kind of time, its median unless told."""
+    rows = [figures(program) for _ in range(turns)]
+    return lambda what, which="median": column(column(rows, what), which)
 
 
 def by_judge(script, *arguments, text=True):
@@ -145,12 +152,11 @@ def recognition():
             judge.append(json.loads(by_judge("stream.mjs", path)))
     if any(each["phrases"] != judge[0]["phrases"] for each in kit + judge):
         raise RuntimeError(f"Not the same was recognised: {kit} {judge}")
-    of = lambda runs, what: [each[what] for each in runs]
     beside = "vendor's client"
-    yield Figure("recognition", "CPU", "ms", of(kit, "cpuMs"), beside, of(judge, "cpuMs"), 0.2, "ratio")
-    yield Figure("recognition", "peak memory", "MiB", of(kit, "peakMiB"), beside, of(judge, "peakMiB"))
-    yield Figure("recognition", "last byte of sound to last result", "ms", of(kit, "lastResultMs"), beside,
-                 of(judge, "lastResultMs"), 1.1, "ratio")
+    yield Figure("recognition", "CPU", "ms", column(kit, "cpuMs"), beside, column(judge, "cpuMs"), 0.2, "ratio")
+    yield Figure("recognition", "peak memory", "MiB", column(kit, "peakMiB"), beside, column(judge, "peakMiB"), 1 / 3, "ratio")
+    yield Figure("recognition", "last byte of sound to last result", "ms", column(kit, "lastResultMs"), beside,
+                 column(judge, "lastResultMs"), 1.1, "ratio")
 
 
 @row("Speaking a sentence: from the call to the first sound, beside the vendor's JavaScript client")
@@ -161,28 +167,31 @@ def speaking():
         file.flush()
         kit, judge = [], []
         for _ in range(turns):
-            kit.append(json.loads(run(in_turn([PROGRAMS / "kit-speaking", "--json", SANDBOX, file.name])))["median"])
+            kit.append(figures("kit-speaking", SANDBOX, file.name))
             judge.append(statistics.median(json.loads(by_judge("first-sound.mjs", file.name))))
-    yield Figure("speaking", "first sound", "ms", kit, "vendor's client", judge, 1.1, "ratio")
+    of = lambda what: column(column(kit, what), "median")
+    yield Figure("speaking", "first sound", "ms", of("from the call to the first sound"), "vendor's client", judge, 1.1, "ratio")
+    yield Figure("speaking", "of it, after the sandbox's first piece of 100 ms", "ms",
+                 of("from the sandbox's first piece to the first sound"), goal=100)
 
 
 @row("The kit's own share of a turn of the conversation")
 def turn():
-    of = figures("turn")
+    of = in_turns("turn")
     yield Figure("turn", "phrase recognised to translation painted, 95th percentile", "ms",
                  of("turn, painting included", "p95"), "drawing the picture alone", of("drawing the same picture", "p95"), 5)
 
 
 @row("Frames of the chat's socket, beside a bare Beast client")
 def socket():
-    of = google("chat_socket", "items_per_second", in_turn)
-    yield Figure("socket", "acknowledged frames a second", "1/s", of["kit/real_time"], "bare Beast client", of["bare/real_time"],
-                 0.8, "ratio", True)
+    of = google("chat_socket", in_turn)
+    yield Figure("socket", "acknowledged frames a second", "1/s", column(of["kit/real_time"], "items_per_second"),
+                 "bare Beast client", column(of["bare/real_time"], "items_per_second"), 0.8, "ratio", True)
 
 
 @row("Calls to the backend over TLS, beside curl alone")
 def calls():
-    of = figures("calls")
+    of = in_turns("calls")
     for delay in (0, 5, 20):
         what = f"a call that the server takes {delay} ms for"
         yield Figure("calls", what, "ms", of(what), "curl alone", of(what + ", curl alone"), 1.1, "ratio")
@@ -192,27 +201,31 @@ def calls():
 
 @row("Reading answers of the backend into records")
 def decoding():
-    of = google("decoding")
+    of = lambda name, benchmarks=google("decoding"): column(benchmarks[name], "cpu_time")
     for what, name in ("150 messages", "Messages"), ("10,000 contacts", "Contacts"):
-        yield Figure("decoding", what, "ms", of["decode" + name], "Qt's parse alone", of["parse" + name], 1.3, "ratio")
-        yield Figure("decoding", what, "ms", of["decode" + name], "simdjson's parse alone", of["simdjson" + name])
+        yield Figure("decoding", what, "ms", of("decode" + name), "Qt's parse alone", of("parse" + name), 1.3, "ratio")
+        yield Figure("decoding", what, "ms", of("decode" + name), "simdjson's parse alone", of("simdjson" + name))
 
 
 @row("A keystroke in the search bar, beside a loop over names in lower case")
 def search():
-    of = google("search")
+    of = lambda name, benchmarks=google("search"): column(benchmarks[name], "cpu_time")
     for people in (1000, 10_000, 100_000):
         for place, found in enumerate(("most", "one in ten", "nobody")):
-            yield Figure("search", f"{people:,} people, {found} found", "ms", of[f"keystroke/{people}/{place}"], "bare loop",
-                         of[f"bareLoop/{people}/{place}"], 1.5, "ratio", size=people if place == 1 else None)
+            yield Figure("search", f"{people:,} people, {found} found", "ms", of(f"keystroke/{people}/{place}"), "bare loop",
+                         of(f"bareLoop/{people}/{place}"), 1.5, "ratio", size=people if place == 1 else None)
 
 
 @row("The chat screen, beside a bare list view")
 def chat():
-    of = figures("chat_view")
+    of = in_turns("chat_view")
     for messages in (150, 1500, 15_000):
         yield Figure("chat", f"opened with {messages:,} messages", "ms", of(f"opening a chat of {messages}"), "list view",
                      of(f"a list view of {messages}"), size=messages)
+    shown = {messages: [opened - read for opened, read in zip(of(f"opening a chat of {messages}"), of(f"reading the records of {messages}"))]
+             for messages in (150, 1500, 15_000)}
+    for messages in (1500, 15_000):
+        yield Figure("chat", f"of {messages:,}, without reading their records", "ms", shown[messages], "of 150", shown[150], 1.5, "ratio")
     yield Figure("chat", "socket's frame to its row painted", "ms", of("from the socket's frame to its row"), goal=16.7)
     yield Figure("chat", "a picture while scrolling, 99th percentile", "ms", of("a picture while scrolling", "p99"), "list view",
                  of("a picture of the list view while scrolling", "p99"), 16.7)
@@ -220,7 +233,7 @@ def chat():
 
 @row("The home screen, beside a bare list view")
 def home():
-    of = figures("home_view")
+    of = in_turns("home_view")
     yield Figure("home", "10,000 contacts shown", "ms", of("the contacts tab with 10000"), "list view",
                  of("a list view of 10000"), 16.7)
     yield Figure("home", "a picture while scrolling, 99th percentile", "ms", of("a picture while scrolling", "p99"), "list view",
@@ -263,9 +276,12 @@ def conversion():
     of = google("conversion")
     for rate, hz in ("48_kHz", "48 kHz"), ("44_1_kHz", "44.1 kHz"):
         for other, name in ("soxr", "soxr HQ"), ("swresample", "libswresample"):
-            kit, beside = of[f"conversion/kit_{rate}"], of.get(f"conversion/{other}_{rate}")
-            if beside:
-                yield Figure("conversion", hz, "ms", kit, name, beside)
+            kit, beside = f"conversion/kit_{rate}", f"conversion/{other}_{rate}"
+            for what, unit, counter, goal in (
+                    ("a second", "ms", "cpu_time", 10), ("loudest alias", "dB", "alias_dB", -90),
+                    ("ripple to 7 kHz", "dB", "ripple_dB", 0.1), ("delay", "ms", "delay_ms", 6)):
+                if beside in of:
+                    yield Figure("conversion", f"{hz}: {what}", unit, column(of[kit], counter), name, column(of[beside], counter), goal)
 
 
 # --- The tables
@@ -287,7 +303,7 @@ def as_markdown(measured, loads):
         for each in rows:
             met = {None: "", True: "met", False: "**missed**"}[each.is_met()]
             beside = spread(each.beside) + " " + each.unit if each.beside else ""
-            ratio = spread(each.ratios()) if each.beside else ""
+            ratio = spread(each.ratios()) if each.ratios() else ""
             lines.append(f"| {each.what} | {spread(each.kit)} {each.unit} | {each.beside_what} | {beside} | {ratio} | {each.goal_text()} | {met} |")
         lines.append("")
     return "\n".join(lines)
@@ -307,7 +323,7 @@ def plot(name, script, out, height=700):
 
 
 def plot_ratios(measured, out):
-    compared = [each for each in measured if each.beside]
+    compared = [each for each in measured if each.ratios()]
     if not compared:
         return
     data = "".join(

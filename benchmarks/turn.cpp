@@ -1,11 +1,10 @@
 // The kit's own share of a turn: from the final phrase handed over by the speech service to the other label painted,
 // with services that answer at once. The screen is the real one, drawn by the software renderer at 390 x 844 points.
 
-#include <QElapsedTimer>
-#include <QGuiApplication>
 #include <vector>
 
 #include "benchmarks/Figures.h"
+#include "benchmarks/SoftwareScreen.h"
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/Patience.h"
 #include "tests/views/ConversationStage.h"
@@ -21,9 +20,7 @@ constexpr int turns = 300;
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    qputenv("QT_QUICK_BACKEND", "software");
-    QGuiApplication application(argc, argv);
+    const SoftwareScreen screen(argc, argv);
     const Figures figures(argc, argv);
     ConversationStage stage(deviceShapes().front());
 
@@ -36,17 +33,14 @@ int main(int argc, char **argv)
             if (!stage.listen(Side::Speaker) ||
                 !eventually([&] { return stage.platform.speechService->lastRecognition().isStarted(); }))
                 return EXIT_FAILURE;
-            QElapsedTimer timer;
-            timer.start();
-            stage.platform.speechService->lastRecognition().deliverRecognized(u"Where is the railway station?"_s);
-            while (stage.platform.network->requestCount() == before)
-                QCoreApplication::processEvents();
-            stage.translate(u"रेलवे स्टेशन %1 कहाँ है?"_s.arg(turn));
-            static_cast<void>(stage.window.grabWindow());
-            turnMs.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
-            timer.start();
-            static_cast<void>(stage.window.grabWindow());
-            drawingMs.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
+            turnMs.push_back(milliseconds([&] {
+                stage.platform.speechService->lastRecognition().deliverRecognized(u"Where is the railway station?"_s);
+                while (stage.platform.network->requestCount() == before)
+                    QCoreApplication::processEvents();
+                stage.translate(u"रेलवे स्टेशन %1 कहाँ है?"_s.arg(turn));
+                static_cast<void>(stage.window.grabWindow());
+            }));
+            drawingMs.push_back(milliseconds([&] { static_cast<void>(stage.window.grabWindow()); }));
         }
     }
     figures.print("turn, painting included", turnMs);

@@ -1,5 +1,6 @@
 // Has sentences spoken by the sandbox through the kit's speech client, one after another, each by a synthesiser of its
-// own, and prints how long each took from the call to its first sample at the loudspeaker.
+// own, and prints how long each took from the call to its first sample at the loudspeaker, and how much of that came
+// after the sandbox's first piece of sound.
 //   kit-speaking [--json] SANDBOX SENTENCES     a file with a sentence a line
 
 #include <QCoreApplication>
@@ -7,6 +8,7 @@
 #include <QTemporaryDir>
 #include <QTextStream>
 
+#include <atomic>
 #include <thread>
 #include <vector>
 
@@ -14,6 +16,8 @@
 #include "benchmarks/Figures.h"
 #include "platform/audio/WavAudioPlayer.h"
 #include "platform/device/Platform.h"
+#include "platform/speech/CloudSpeechService.h"
+#include "tests/platform/net/TappedSockets.h"
 
 using namespace vynlex;
 
@@ -34,15 +38,31 @@ int main(int argc, char **argv)
     using Clock = std::chrono::steady_clock;
     const QTemporaryDir folder;
     Clock::time_point called;
-    std::vector<double> ms;
-    Platform platform = Platform::shipped();
-    platform.makeAudioPlayer = [&] {
-        return std::make_unique<WavAudioPlayer>(
-            folder.filePath(QStringLiteral("heard.wav")), WavAudioPlayer::Pace::AsFastAsWritten,
-            [&](const WavAudioPlayer::Heard &heard) {
-                ms.push_back(std::chrono::duration<double, std::milli>(heard.begin - called).count());
-            });
+    std::atomic<Clock::time_point> arrived; ///< A sentence's first piece of sound, at the socket.
+    std::vector<double> sinceCall;
+    std::vector<double> sinceArrival;
+    const auto msSince = [](Clock::time_point begin, Clock::time_point end) {
+        return std::chrono::duration<double, std::milli>(end - begin).count();
     };
+    Platform platform = Platform::shipped();
+    platform.socketWorker = std::make_shared<TappedSockets>([&](WebSocketRequest &, WebSocketClient::Handler &handler) {
+        handler = [&, next = std::move(handler), isFirst = true](const WebSocketEvent &event) mutable {
+            if (isFirst && std::holds_alternative<websocket::Binary>(event)) {
+                arrived = Clock::now();
+                isFirst = false;
+            }
+            next(event);
+        };
+    });
+    platform.makeAudioPlayer = [&] {
+        return std::make_unique<WavAudioPlayer>(folder.filePath(QStringLiteral("heard.wav")),
+                                                WavAudioPlayer::Pace::AsFastAsWritten,
+                                                [&](const WavAudioPlayer::Heard &heard) {
+                                                    sinceCall.push_back(msSince(called, heard.begin));
+                                                    sinceArrival.push_back(msSince(arrived, heard.begin));
+                                                });
+    };
+    platform.speechService = std::make_shared<CloudSpeechService>(platform.socketWorker, platform.makeAudioPlayer);
     Platform::install(std::move(platform));
 
     const VLTranslationConfig keys = examples::SandboxProcess::configuration();
@@ -61,6 +81,8 @@ int main(int argc, char **argv)
     });
     QCoreApplication::exec();
     speaker.join();
-    Figures(argc, argv).print("first sound of a sentence", ms);
+    const Figures figures(argc, argv);
+    figures.print("from the call to the first sound", sinceCall);
+    figures.print("from the sandbox's first piece to the first sound", sinceArrival);
     return EXIT_SUCCESS;
 }
