@@ -1,10 +1,12 @@
 // Calls to the backend over real connections: the deployment's host name, TLS, and a server and a proxy on loopback.
 //   a burst: 60 calls, answered after 200 ms each, of which 15 go at a time
 //   one after another over a kept connection
-// beside the same calls by curl alone.
+// beside the same calls by curl alone, and one after another also on a thread of its own, since a main thread may not
+// wait.
 
 #include <QCoreApplication>
 #include <QNetworkProxy>
+#include <QThread>
 #include <algorithm>
 #include <atomic>
 #include <deque>
@@ -14,6 +16,7 @@
 #include "api/VLApiRequestManager.h"
 #include "benchmarks/Figures.h"
 #include "platform/device/Platform.h"
+#include "platform/dispatch/MainQueue.h"
 #include "platform/net/CurlHttpTransport.h"
 #include "tests/platform/net/LocalServer.h"
 #include <curl/curl.h>
@@ -187,19 +190,38 @@ int main(int argc, char **argv)
     curl_multi_cleanup(multi);
 
     BareCurl &bare = lanes.front();
+    QThread thread;
+    QObject there; // as an application calls that must not keep its main thread waiting
+    there.moveToThread(&thread);
+    thread.start();
+    const auto callFromThere = [&] {
+        bool isDone = false;
+        QMetaObject::invokeMethod(&there, [&] {
+            bare.call();
+            MainQueue::async([&] { isDone = true; });
+        });
+        while (!isDone)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    };
     for (const int delay : {0, 5, 20}) {
         delayMs = delay;
         kitMs.clear();
         bareMs.clear();
+        std::vector<double> threadMs;
         for (int round = 0; round < rounds; ++round) {
             for (int call = 0; call < callsPerRound / (1 + delay / 5); ++call)
                 kitMs.push_back(kitMilliseconds(manager, 1));
             for (int call = 0; call < callsPerRound / (1 + delay / 5); ++call)
                 bareMs.push_back(milliseconds([&] { bare.call(); }));
+            for (int call = 0; call < callsPerRound / (1 + delay / 5); ++call)
+                threadMs.push_back(milliseconds(callFromThere));
         }
         const QByteArray what = "a call that the server takes " + QByteArray::number(delay) + " ms for";
         figures.print(what, kitMs);
         figures.print(what + ", curl alone", bareMs);
+        figures.print(what + ", curl on a thread of its own", threadMs);
     }
+    thread.quit();
+    thread.wait();
     return EXIT_SUCCESS;
 }

@@ -195,6 +195,8 @@ def calls():
     for delay in (0, 5, 20):
         what = f"a call that the server takes {delay} ms for"
         yield Figure("calls", what, "ms", of(what), "curl alone", of(what + ", curl alone"), 1.1, "ratio")
+        beside = "curl on a thread of its own"
+        yield Figure("calls", what, "ms", of(what), beside, of(f"{what}, {beside}"))
     what = "60 calls of 200 ms at once"
     yield Figure("calls", what, "ms", of(what), "curl alone", of(what + ", curl alone"), 1.1, "ratio")
 
