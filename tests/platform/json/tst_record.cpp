@@ -144,60 +144,45 @@ private slots:
             QCOMPARE(read(number).error().message(), u"$.count: expected an integer"_s);
     }
 
-    void whatIsNotJsonIsRefused()
-    {
-        for (const QByteArray &text : {QByteArray(), QByteArray(R"({"leaves":[)"),
-                                       QByteArray("{\"leaves\":[{\"name\":\"\xff\"}]}"), QByteArray(2000, '[')})
-            QVERIFY(!decodeJson<Tree>(text));
-    }
-
-    /// Also where Qt is laxer than the standard: what the backend once sent stays readable.
-    void aTextIsTakenAsQtTakesIt_data()
-    {
-        QTest::addColumn<QByteArray>("text");
-        const QList<QByteArray> texts = {
-            "", " ", "{", "}", "[", "{}", "[]", " \t\r\n{ }\n", "\v{}", "{}{}", "{} x", "[1] ]", "[1", "[1,]", "[,1]",
-            "[1 2]", "{\"a\":1,}", "{\"a\" 1}", "{\"a\"}", "{a:1}", "{1:1}", "{\"a\":}", "{'a':1}", "[nul]", "[nullx]",
-            "[True]", "[NaN]", "[Infinity]", "[undefined]", "[1]//", "[/1]",
-            // on their own
-            "1", "-1.5", "\"a\"", "true", "null", "nul", "1,2", "1]", "],[", "\"", " 7 ",
-            // order and repetition of keys
-            "{\"a\":1,\"b\":2,\"a\":3}", "{\"a\":1,\"a\":null}", "{\"a\":{\"b\":1},\"a\":{\"c\":2}}", "{\"\":1}",
-            "{\"\\u0061\":1,\"a\":2}", "{\"b\":[{\"c\":[[],{}]}],\"a\":{\"b\":{\"c\":{}}}}",
-            // numbers
-            "[0,-0,-0.0,0.0,1e0,1E+2,1e-2,12.50]", "[01]", "[-]", "[+1]", "[.5]", "[-.5]", "[1.]", "[1.e2]", "[1e]",
-            "[1e+]", "[0x1]", "[1_0]", "[--1]", "[1e400]", "[-1e400]", "[1e-320]", "[4.9e-324]", "[0e-999]",
-            "[9007199254740993,9007199254740993.0,9223372036854775807,-9223372036854775808]",
-            "[9223372036854775808,-9223372036854775809,18446744073709551615,18446744073709551616]",
-            "[9.223372036854775807e18,-9.223372036854775808e18,9.3e18,1e18]", "[100000000000000000000000000000]",
-            "[0.1,0.30000000000000004,2.2250738585072011e-308,1.7976931348623157e308,123456789012345678.25]",
-            "[0.1000000000000000055511151231257827021181583404541015625]",
-            // texts
-            "[\"\\\"\\\\\\/\\b\\f\\n\\r\\t\\u00e9\\u0000\\u001f\"]", "[\"\\ud800\"]", "[\"a\\udc00b\"]",
-            "[\"\\ud800\\ud800\\udc00\"]", "[\"\\ud800\\u0041\"]", "[\"\\ud83d\\ude00\"]", "[\"\\uD83D\\uDE00\"]",
-            "[\"\\a\"]", "[\"\\'\"]", "[\"\\u12\"]", "[\"\\u12g4\"]", "[\"\\", "[\"\\\\ud800 \\\\\"]", "[\"a\nb\tc\"]",
-            QByteArray("[\"a\0b\"]", 7), QByteArray("[1]\0", 4), QByteArray("\0", 1), "[\"\x7f\"]",
-            // encoding
-            "\xef\xbb\xbf{}", "\xef\xbb\xbf", "\xef\xbb{}", "\xef\xbb\xbf\xef\xbb\xbf[]", "[\"\xef\xbb\xbf\"]",
-            "[\"\xef\xbb\xbf…\"]", "[\"\xff\"]", "[\"\xc3\"]", "[\"\xc0\x80\"]", "[\"\xe0\x80\x80\"]",
-            "[\"\xed\xa0\x80\"]", "[\"\xf4\x90\x80\x80\"]", "[\"\xf0\x9f\x98\x80\"]", "[\"\xef\xbf\xbf\"]",
-            "[\"\xe2\x80\xa8\"]", "[\"\xc3\xa9\"]", "\xc3\xa9", QByteArray("{\0}\0", 4), "[\xe0\xa4\x85]",
-            // depth
-            nested(1023, "1"), nested(1024, "1"), nested(1025, "1"), nested(1023, "[]"), nested(1023, "{}"),
-            nested(1023, "{\"a\":1}"), nested(1024, "[]"), nested(1024, "{}"), nested(2000, "")};
-        for (const QByteArray &text : texts)
-            QTest::newRow(text.left(40).toPercentEncoding(" {}[]\":,").constData()) << text;
-    }
+    /// Also where Qt is laxer than the standard: what the backend once sent stays readable. Many more such texts are in
+    /// the fuzz corpus.
     void aTextIsTakenAsQtTakesIt()
     {
-        QFETCH(const QByteArray, text);
-        const auto qt = parseJson(text);
-        const auto tree = JsonTree::parse(text);
-        QCOMPARE(tree.has_value(), qt.has_value());
-        if (qt)
-            QVERIFY(same(*qt, tree->root()));
-        else
-            QCOMPARE(tree.error(), qt.error());
+        const QList<QByteArray> texts = {
+            "",
+            "{",
+            "[1,]",
+            "[1] ]",
+            " 7 ",
+            "{\"a\":1}{}",
+            "{\"a\":1,\"b\":2,\"a\":3}",
+            "{\"\\u0061\":1,\"a\":2}",
+            "[0,-0,-0.0,1e0,1E+2,1e-2,12.50,4.9e-324,1e-320,0e-999]",
+            "[1e400]",
+            "[.5]",
+            "[9007199254740993,9007199254740993.0,9223372036854775807,-9223372036854775808]",
+            "[9223372036854775808,-9223372036854775809,18446744073709551615,18446744073709551616]",
+            "[9.223372036854775807e18,-9.223372036854775808e18,9.3e18,1e18]",
+            "[0.1,0.30000000000000004,2.2250738585072011e-308,1.7976931348623157e308,123456789012345678.25]",
+            "[\"\\\"\\\\\\/\\b\\f\\n\\r\\t\\u00e9\\u0000\\ud83d\\ude00\"]",
+            "[\"\\ud800\"]",
+            "[\"a\\udc00b\"]",
+            "[\"a\nb\tc\"]",
+            "\xef\xbb\xbf{}",
+            "[\"\xef\xbb\xbf…\"]",
+            "[\"\xff\"]",
+            "[\"\xed\xa0\x80\"]",
+            "[\"\xf0\x9f\x98\x80\"]",
+            nested(1023, "1"),
+            nested(1024, "1"),
+            nested(1025, "1"),
+            nested(1024, "{}"),
+            nested(2000, "")};
+        for (const QByteArray &text : texts) {
+            const auto qt = parseJson(text);
+            const auto tree = JsonTree::parse(text);
+            QVERIFY2(qt ? tree && same(*qt, tree->root()) : !tree && tree.error() == qt.error(), text.left(99));
+        }
     }
 
     /// All that differs; a version of either library that changes it is to be noticed.
