@@ -1,8 +1,16 @@
 #pragma once
 
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ssl/context.hpp>
+#include <boost/asio/ssl/stream.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/http/message.hpp>
+#include <boost/beast/http/string_body.hpp>
+#include <boost/beast/websocket/ssl.hpp>
+#include <boost/beast/websocket/stream.hpp>
+
 #include <cstdint>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -16,7 +24,7 @@ using Headers = std::map<std::string, std::string>;
 
 struct Answer {
     unsigned status = 0;
-    Headers headers; ///< names in lower case
+    boost::beast::http::fields headers;
     std::string body;
 };
 
@@ -25,7 +33,6 @@ struct Answer {
 class TestClient {
 public:
     TestClient(const Server::Listening &server, const std::string &host, Way way = Way::Direct);
-    ~TestClient();
 
     /// One request, one answer; the connection stays open for the next.
     Answer request(const std::string &method, const std::string &target, const Headers &headers = {},
@@ -49,11 +56,18 @@ public:
     };
     Event receive();
     /// How many have come in while receiving.
-    [[nodiscard]] int pongs() const;
+    [[nodiscard]] int pongs() const { return m_pongs; }
 
 private:
-    struct State;
-    std::unique_ptr<State> m_state;
+    using Tls = boost::asio::ssl::stream<boost::asio::ip::tcp::socket>;
+
+    const std::string m_host;
+    boost::asio::io_context m_io;
+    boost::asio::ssl::context m_context{boost::asio::ssl::context::tls_client};
+    boost::beast::flat_buffer m_buffer;
+    std::optional<Tls> m_tls;
+    std::optional<boost::beast::websocket::stream<Tls &>> m_socket;
+    int m_pongs = 0;
 };
 
 /// One request in the clear, as to the control port.

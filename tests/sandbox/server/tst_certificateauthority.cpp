@@ -31,8 +31,7 @@ class CertificateAuthorityTest : public QObject {
     void write(const char *name, const QByteArray &text) const
     {
         QFile file(path(name));
-        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(text);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(text) > 0);
     }
 
     void make(const std::vector<std::string> &names) const
@@ -41,11 +40,11 @@ class CertificateAuthorityTest : public QObject {
         static_cast<void>(authority.serverContext());
     }
 
-    static mode_t mode(const QString &file)
+    static int mode(const QString &file)
     {
         struct stat status {};
         stat(file.toLocal8Bit().constData(), &status);
-        return status.st_mode & 0777;
+        return static_cast<int>(status.st_mode) & 0777;
     }
 
 private slots:
@@ -53,44 +52,36 @@ private slots:
 
     void whatWasMadeIsKeptForItsOwnerOnly()
     {
-        const auto all = [this] {
-            return content("ca.pem") + content("ca.key") + content("host.pem") + content("host.key");
-        };
         make({"a.example.com", "*.b.example.com"});
-        QCOMPARE(mode(m_folder.filePath("authority")), mode_t(0700));
-        QCOMPARE(mode(path("ca.key")), mode_t(0600));
-        QCOMPARE(mode(path("host.key")), mode_t(0600));
-        const auto before = all();
+        QCOMPARE(mode(m_folder.filePath("authority")), 0700);
+        QCOMPARE(mode(path("ca.key")), 0600);
+        QCOMPARE(mode(path("host.key")), 0600);
+        const auto authority = content("ca.pem") + content("ca.key");
+        const auto host = content("host.pem") + content("host.key");
         make({"*.b.example.com", "a.example.com"});
-        QCOMPARE(all(), before);
-
-        const auto authority = content("ca.pem");
-        const auto host = content("host.pem");
+        QCOMPARE(content("host.pem") + content("host.key"), host);
         make({"a.example.com", "c.example.com"}); // other names: another certificate from the same authority
-        QCOMPARE(content("ca.pem"), authority);
-        QVERIFY(content("host.pem") != host);
+        QCOMPARE(content("ca.pem") + content("ca.key"), authority);
+        QVERIFY(content("host.pem") != host.left(content("host.pem").size()));
     }
 
     void aDamagedAuthorityIsReportedAndLeftAlone()
     {
         make({"a.example.com"});
-        const auto key = content("ca.key");
-        for (const char *file : {"ca.key", "ca.pem"}) {
+        const auto anothers = content("ca.key");
+        for (const auto &[file, contents] :
+             {std::pair{"ca.key", QByteArray("damaged")}, {"ca.pem", "damaged"}, {"ca.key", anothers}}) {
             cleanup();
             make({"a.example.com"});
-            write(file, "damaged");
+            write(file, contents);
             try {
                 make({"a.example.com"});
                 QFAIL("accepted");
             } catch (const std::runtime_error &error) {
                 QVERIFY2(QByteArray(error.what()).contains(file), error.what());
             }
-            QCOMPARE(content(file), QByteArray("damaged"));
+            QCOMPARE(content(file), contents);
         }
-        cleanup();
-        make({"a.example.com"});
-        write("ca.key", key); // of another authority
-        QVERIFY_EXCEPTION_THROWN(make({"a.example.com"}), std::runtime_error);
     }
 
     void severalAtTheirFirstStartAgreeOnOneAuthority()

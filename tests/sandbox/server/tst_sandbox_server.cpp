@@ -1,10 +1,6 @@
 #include "sandbox/server/Server.h"
 
-#include <boost/asio/connect.hpp>
-#include <boost/asio/io_context.hpp>
-#include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/read.hpp>
-#include <boost/asio/ssl/error.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/json/parse.hpp>
 
@@ -12,7 +8,6 @@
 
 #include <memory>
 #include <stdexcept>
-#include <thread>
 #include <vector>
 
 #include "tests/fakes/Rows.h"
@@ -34,10 +29,9 @@ void addEcho(ServerContext &context)
     context.router.addHttp(apiHost, "POST", "/echo", [](const HttpRequest &request) -> asio::awaitable<HttpResponse> {
         co_return textResponse(200, request.body());
     });
-    context.router.addHttp("*.regions.example.com", "GET", "/name",
-                           [](const HttpRequest &request) -> asio::awaitable<HttpResponse> {
-                               co_return textResponse(200, std::string(request["Host"]));
-                           });
+    context.router.addHttp(
+        "*.regions.example.com", "POST", "/echo",
+        [](const HttpRequest &) -> asio::awaitable<HttpResponse> { co_return textResponse(200, "a region"); });
     context.router.addHttp(apiHost, "GET", "/fails", [](const HttpRequest &) -> asio::awaitable<HttpResponse> {
         throw std::runtime_error("as the test wants");
         co_return HttpResponse{};
@@ -78,7 +72,7 @@ private slots:
         addRows<QByteArray, QByteArray, QByteArray, unsigned>({
             {"path", "POST", "/ech", "api.example.com", 404U},
             {"method", "GET", "/echo", "api.example.com", 405U},
-            {"another host", "GET", "/name", "west.regions.example.com", 421U},
+            {"another host", "POST", "/echo", "west.regions.example.com", 421U},
             {"no host", "POST", "/echo", "", 400U},
             {"cut percent sign", "POST", "/echo?a=%4", "api.example.com", 400U},
             {"handler fails", "GET", "/fails", "api.example.com", 500U},
@@ -97,40 +91,26 @@ private slots:
     void theProxyTunnelsToKnownHostsOnly()
     {
         TestClient client(m_server.listening(), "west.regions.example.com", Way::ThroughProxy);
-        QCOMPARE(client.request("GET", "/name").body, "west.regions.example.com");
-
-        const auto proxy = m_server.listening().proxyPort;
-        const auto unknown =
-            rawAnswer(proxy, "CONNECT bank.example.com:443 HTTP/1.1\r\nHost: bank.example.com\r\n\r\n");
-        QVERIFY2(unknown.starts_with("HTTP/1.1 502"), unknown.c_str());
-        const auto plain =
-            rawAnswer(proxy, "GET http://api.example.com/echo HTTP/1.1\r\nHost: api.example.com\r\n\r\n");
-        QVERIFY2(plain.starts_with("HTTP/1.1 405"), plain.c_str());
+        QCOMPARE(client.request("POST", "/echo").body, "a region");
+        for (const auto &[asked, status] : {std::pair{"CONNECT bank.example.com:443", "HTTP/1.1 502"},
+                                            {"GET http://api.example.com/echo", "HTTP/1.1 405"}}) {
+            const auto answer = rawAnswer(m_server.listening().proxyPort,
+                                          asked + std::string(" HTTP/1.1\r\nHost: api.example.com\r\n\r\n"));
+            QVERIFY2(answer.starts_with(status), answer.c_str());
+        }
     }
 
-    void hostileBytesEndTheirConnectionOnly_data()
-    {
-        addRows<QByteArray, QByteArray>({
-            {"huge header", "POST /echo HTTP/1.1\r\nHost: api.example.com\r\nX: " + QByteArray(20'000, 'x'),
-             "HTTP/1.1 431"},
-            {"huge body promised",
-             "POST /echo HTTP/1.1\r\nHost: api.example.com\r\nContent-Length: 99999999999\r\n\r\n", "HTTP/1.1 413"},
-            {"two lengths",
-             QByteArray("POST /echo HTTP/1.1\r\nHost: api.example.com\r\nContent-Length: 1\r\n"
-                        "Content-Length: 2\r\n\r\nab"),
-             "HTTP/1.1 400"},
-        });
-    }
     void hostileBytesEndTheirConnectionOnly()
     {
-        const auto [bytes, begins] = currentRow<QByteArray, QByteArray>();
-        TestClient hostile(m_server.listening(), apiHost);
-        hostile.sendRaw(bytes.toStdString());
-        const auto answer = QByteArray::fromStdString(hostile.readToEnd());
-        QVERIFY2(answer.startsWith(begins), answer.constData());
-
-        TestClient other(m_server.listening(), apiHost);
-        QCOMPARE(other.request("POST", "/echo", {}, "alive").body, "alive");
+        for (const auto &[header, status] : {std::pair{"X: " + std::string(20'000, 'x'), "HTTP/1.1 431"},
+                                             {"Content-Length: 99999999999\r\n\r\n", "HTTP/1.1 413"},
+                                             {"Content-Length: 1\r\nContent-Length: 2\r\n\r\nab", "HTTP/1.1 400"}}) {
+            TestClient hostile(m_server.listening(), apiHost);
+            hostile.sendRaw("POST /echo HTTP/1.1\r\nHost: api.example.com\r\n" + header);
+            const auto answer = hostile.readToEnd();
+            QVERIFY2(answer.starts_with(status), answer.c_str());
+        }
+        QCOMPARE(TestClient(m_server.listening(), apiHost).request("POST", "/echo", {}, "alive").body, "alive");
     }
 
     void aClientThatDribblesIsCutOff()
@@ -156,40 +136,36 @@ private slots:
         std::vector<std::unique_ptr<TestClient>> clients;
         for (int i = 0; i < 3; ++i) {
             clients.push_back(std::make_unique<TestClient>(server.listening(), apiHost));
-            QCOMPARE(clients.back()->request("POST", "/echo", {}, "in").body, "in");
         }
         QVERIFY_EXCEPTION_THROWN(TestClient(server.listening(), apiHost), system_error);
         QCOMPARE(clients.front()->request("POST", "/echo", {}, "still").body, "still");
     }
 
-    void theControlPortAnswersToLoopbackNamesOnly()
-    {
-        const auto port = m_server.listening().controlPort;
-        QCOMPARE(plainRequest(port, "GET", "/state").status, 200U);
-        QCOMPARE(plainRequest(port, "GET", "/state", "", "rebound.example.com").status, 404U);
-        QVERIFY(TestClient(m_server.listening(), apiHost).request("GET", "/state").status == 404U);
-    }
-
     void theControlPortTellsWhatWasServed()
     {
         RunningServer server(addEcho);
+        const auto control = server.listening().controlPort;
         TestClient client(server.listening(), apiHost, Way::ThroughProxy);
         client.request("POST", "/echo?api_key=topsecret&x=1",
                        {{"Authorization", "Bearer topsecret"}, {"X-Other", "yes"}}, "12345");
         client.request("POST", "/echo");
 
-        const auto requests = plainRequest(server.listening().controlPort, "GET", "/requests").body;
+        const auto requests = plainRequest(control, "GET", "/requests").body;
         QVERIFY(requests.find("topsecret") == std::string::npos);
         const auto first = boost::json::parse(requests).at(0);
         QCOMPARE(first.at("target").as_string(), "/echo?api_key=***&x=1");
         QCOMPARE(first.at("headers").at("X-Other").as_string(), "yes");
         QVERIFY(first.at("throughProxy").as_bool());
 
-        const auto state = boost::json::parse(plainRequest(server.listening().controlPort, "GET", "/state").body);
+        const auto state = boost::json::parse(plainRequest(control, "GET", "/state").body);
         const auto total = state.at("totals").at("POST api.example.com /echo");
         QCOMPARE(total.at("requests").to_number<int>(), 2);
         QCOMPARE(total.at("byStatus").at("200").to_number<int>(), 2);
         QCOMPARE(total.at("bytesReceived").to_number<int>(), 5);
+
+        // By a loopback name alone, or a page in a browser could ask.
+        QCOMPARE(plainRequest(control, "GET", "/state", "", "rebound.example.com").status, 404U);
+        QCOMPARE(client.request("GET", "/state").status, 404U);
     }
 
     void aPortInUseIsReported()

@@ -72,6 +72,12 @@ class SandboxWebSocketTest : public QObject {
     RunningServer m_server{addSocket};
 
     void switchOn(const char *fault) { m_server.faults().add(boost::json::array{boost::json::parse(fault)}); }
+    std::unique_ptr<TestClient> socket(Way way = Way::Direct)
+    {
+        auto client = std::make_unique<TestClient>(m_server.listening(), host, way);
+        client->upgrade("/listen", key);
+        return client;
+    }
 
 private slots:
     void cleanup() { m_server.faults().clear(); }
@@ -86,57 +92,48 @@ private slots:
 
     void manyWritersKeepTheirOrderAndTheirMessagesWhole()
     {
-        TestClient client(m_server.listening(), host);
-        client.upgrade("/listen", key);
-        client.sendText("burst");
-        for (int i = 0; i < 100; ++i) {
-            const auto text = client.receive().text;
-            QCOMPARE(text, std::to_string(i) + std::string(static_cast<std::size_t>(i) * 1000, '.'));
-        }
+        const auto client = socket();
+        client->sendText("burst");
+        for (std::size_t i = 0; i < 100; ++i)
+            QCOMPARE(client->receive().text, std::to_string(i) + std::string(i * 1000, '.'));
     }
 
     void aMessageBeyondTheLimitEndsTheConnection()
     {
-        TestClient client(m_server.listening(), host);
-        client.upgrade("/listen", key);
-        client.sendText(std::string(200'001, 'x'));
-        QCOMPARE(client.receive().closeCode.value_or(0), 1009);
+        const auto client = socket();
+        client->sendText(std::string(200'001, 'x'));
+        QCOMPARE(client->receive().closeCode.value_or(0), 1009);
     }
 
     void pingsAreAnsweredUnlessPongsAreDropped()
     {
-        TestClient well(m_server.listening(), host);
-        well.upgrade("/listen", key);
-        well.sendPing();
-        well.sendText("after the pong");
-        QCOMPARE(well.receive().text, "after the pong");
-        QCOMPARE(well.pongs(), 1);
+        const auto well = socket();
+        well->sendPing();
+        well->sendText("after the pong");
+        QCOMPARE(well->receive().text, "after the pong");
+        QCOMPARE(well->pongs(), 1);
 
         switchOn(R"({"kind":"dropPongs","times":1})");
-        TestClient ill(m_server.listening(), host);
-        ill.upgrade("/listen", key);
+        const auto ill = socket();
         // Frames of every header size, and bodies full of what looks like a pong's first byte, come through whole.
         for (const std::size_t size : {2U, 124U, 126U, 65534U, 65536U, 190'000U}) {
-            ill.sendPing();
-            std::string text;
-            while (text.size() < size)
-                text += "\u008A";
-            ill.sendText(text);
-            QCOMPARE(ill.receive().text, text);
+            ill->sendPing();
+            const std::string data(size, '\x8a');
+            ill->sendBinary(data);
+            QCOMPARE(ill->receive().text, data);
         }
-        QCOMPARE(ill.pongs(), 0);
+        QCOMPARE(ill->pongs(), 0);
     }
 
     void aSocketClosesAfterSoManyMessages()
     {
         switchOn(R"({"host":"*.stt.example.com","kind":"close","code":1011,"reason":"as told","afterMessages":2})");
-        TestClient client(m_server.listening(), host);
-        client.upgrade("/listen", key);
+        const auto client = socket();
         for (const char *text : {"one", "two"}) {
-            client.sendText(text);
-            QCOMPARE(client.receive().text, text);
+            client->sendText(text);
+            QCOMPARE(client->receive().text, text);
         }
-        const auto event = client.receive();
+        const auto event = client->receive();
         QCOMPARE(event.closeCode.value_or(0), 1011);
         QCOMPARE(event.closeReason, "as told");
     }
@@ -152,13 +149,12 @@ private slots:
     {
         const auto [fault, messagesBefore, reason] = currentRow<QByteArray, int, error_code>();
         switchOn(fault.constData());
-        TestClient client(m_server.listening(), host, Way::ThroughProxy);
-        client.upgrade("/listen", key);
-        client.sendText("one");
+        const auto client = socket(Way::ThroughProxy);
+        client->sendText("one");
         try {
             for (int i = 0; i < messagesBefore; ++i)
-                QCOMPARE(client.receive().text, "one");
-            client.receive();
+                QCOMPARE(client->receive().text, "one");
+            client->receive();
             QFAIL("still connected");
         } catch (const system_error &error) {
             QVERIFY2(error.code() == reason, error.what());
@@ -169,11 +165,10 @@ private slots:
     {
         switchOn(R"({"kind":"silence","afterMessages":1,"times":1})");
         {
-            TestClient client(m_server.listening(), host);
-            client.upgrade("/listen", key);
+            const auto client = socket();
             for (const char *text : {"one", "two", "three"})
-                client.sendText(text);
-            QCOMPARE(client.receive().text, "one");
+                client->sendText(text);
+            QCOMPARE(client->receive().text, "one");
             m_server.faults().clear();
         }
         // What came in after it was read all the same.
