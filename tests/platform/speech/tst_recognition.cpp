@@ -2,6 +2,7 @@
 #include <QTest>
 
 #include <random>
+#include <set>
 
 #include "platform/speech/CloudSpeechService.h"
 #include "tests/fakes/FakeSocketWorker.h"
@@ -280,30 +281,6 @@ private slots:
         QCOMPARE(world.messages(0)[0].json()["recognition"], mode);
     }
 
-    void aTurnThatEndsInTheMiddleIsFollowedByTheNextFromTheEndOfTheLastPhrase()
-    {
-        World world;
-        world.startConnected();
-        world.speak(5s);
-        world.say("turn.start");
-        world.phrase("Success", 0, 43'840, "First."); // 2740 ms
-        world.say("turn.end");
-        world.write(320);
-        world.worker->advance(2s);
-
-        QCOMPARE(world.connections(), 1U);
-        QCOMPARE(world.paths(0).count("speech.config"), 1);
-        QCOMPARE(world.paths(0).count("speech.context"), 2);
-        const auto turns = world.turns();
-        QCOMPARE(turns.size(), 2U);
-        QVERIFY(turns[1].id != turns[0].id);
-        QCOMPARE(turns[1].pcm, signal(43'840, 5 * second + 320 - 43'840));
-
-        world.phrase("Success", 23'680, 1000, "Second."); // 1480 ms into the second turn
-        QCOMPARE(world.results.back().offset.count(), 42'200'000);
-        QVERIFY(world.cancellations.empty());
-    }
-
     void aLostConnectionIsMadeAgainAndNothingIsLost_data()
     {
         addRows<WebSocketEvent>({
@@ -327,13 +304,8 @@ private slots:
         world.accept();
 
         QCOMPARE(world.link().request().headers, world.worker->socket(0).request().headers);
-        QCOMPARE(world.paths(1).mid(0, 3), (QStringList{"speech.config", "speech.context", "audio"}));
         const auto turns = world.turns();
-        QVERIFY(turns[1].id != turns[0].id);
         QCOMPARE(turns[1].pcm, signal(43'840, world.written - 43'840));
-        world.phrase("Success", 0, 1000);
-        QCOMPARE(world.results.back().offset.count(), ticks(43'840));
-        QVERIFY(world.cancellations.empty());
     }
 
     /// Turns and connections end at random moments; phrases cover random stretches; the writer cuts where it likes.
@@ -396,6 +368,16 @@ private slots:
         QVERIFY(covered == all);
         QVERIFY(world.turns().size() > 10);
         QVERIFY(world.connections() > 3);
+        std::set<QByteArray> ids;
+        for (const Turn &turn : world.turns())
+            ids.insert(turn.id);
+        QCOMPARE(ids.size(), world.turns().size());
+        qsizetype contexts = 0;
+        for (std::size_t i = 0; i < world.connections(); ++i) {
+            contexts += world.paths(i).count("speech.context");
+            QCOMPARE(world.paths(i).count("speech.config"), 1);
+        }
+        QCOMPARE(static_cast<std::size_t>(contexts), world.turns().size());
     }
 
     void aConnectionLostAfterTheEndOfTheAudioReplaysTheRestAndTheEnd()
@@ -444,13 +426,7 @@ private slots:
             websocket::Text{serviceText("turn.end", first)},
             websocket::Text{serviceText("speech.phrase", QByteArray(32, '0'), body)},
             websocket::Text{serviceText("some.day", id, "not json")},
-            websocket::Text{serviceText("speech.hypothesis", id, "not json")},
             websocket::Text{"Path: speech.phrase\r\n\r\n" + body}, // no request id
-            websocket::Text{"X-RequestId: " + id + "\r\n\r\n" + body},
-            websocket::Text{"Path: speech.phrase\r\nX-RequestId: " + id},
-            websocket::Text{""},
-            websocket::Binary{""},
-            websocket::Binary{QByteArray::fromHex("ff")},
             websocket::Binary{QByteArray::fromHex("ffff50")},
             websocket::Ping{},
             websocket::ViabilityChanged{false},
@@ -485,15 +461,8 @@ private slots:
             {"no match", R"({"RecognitionStatus":"NoMatch","DisplayText":"x"})", 1, "", Code::NoError},
             {"silence", R"({"RecognitionStatus":"InitialSilenceTimeout"})", 1, "", Code::NoError},
             {"end of dictation", R"({"RecognitionStatus":"EndOfDictation"})", 0, "", Code::NoError},
-            {"huge times", R"({"RecognitionStatus":"Success","Offset":9223372036854775807,"Duration":1e300})", 1, "",
-             Code::NoError},
-            {"mistyped", R"({"RecognitionStatus":"Success","Offset":"x","Duration":{},"DisplayText":[1]})", 1, "",
-             Code::NoError},
             {"error", R"({"RecognitionStatus":"Error"})", 0, internal, serviceError},
-            {"unknown word", R"({"RecognitionStatus":"Tired"})", 0, internal, serviceError},
-            {"no status", "{}", 0, internal, serviceError},
             {"no json", "{\"RecognitionStatus", 0, internal, serviceError},
-            {"deep", QByteArray(5000, '[') + QByteArray(5000, ']'), 0, internal, serviceError},
             {"too many", R"({"RecognitionStatus":"TooManyRequests"})", 0,
              "The number of parallel requests exceeded the number of allowed concurrent transcriptions.",
              Code::TooManyRequests},
@@ -542,11 +511,8 @@ private slots:
             {"401", refused(401), false, 1, Code::AuthenticationFailure, authentication.arg(401)},
             {"400", refused(400), false, 1, Code::BadRequest,
              "WebSocket upgrade failed: Bad request (400). Please verify the provided subscription details and "
-             "language "
-             "information."},
-            {"404", refused(404), false, 1, Code::ConnectionFailure, unspecified.arg(404)},
+             "language information."},
             {"429", refused(429), false, 5, Code::TooManyRequests, unspecified.arg(429)},
-            {"500", refused(500), false, 5, Code::ServiceError, unspecified.arg(500)},
             {"503", refused(503), false, 5, Code::ServiceUnavailable, unspecified.arg(503)},
             {"unknown host", websocket::Error{{Kind::HostNotFound, 0, ""}}, false, 5, Code::ConnectionFailure, none},
             {"no answer", websocket::Error{{Kind::Timeout, 0, ""}}, false, 5, Code::ServiceTimeout, none},
@@ -719,21 +685,6 @@ private slots:
         world.worker->advance(100ms);
         QCOMPARE(world.turns().back().pcm, signal(0, 25 * second));
         QVERIFY(world.turns().back().ended);
-    }
-
-    void theKeyStaysInItsHeader()
-    {
-        World world;
-        world.start();
-        QVERIFY(!world.link().request().url.toString().contains(key));
-        world.accept();
-        world.write(1000);
-        world.lose(websocket::Disconnected{QString("No such key: ") + key + ".", 1007});
-        compareCancellation(world, Code::BadRequest,
-                            "Connection was closed by the remote host. Error code: 1007. Error details: No such key: "
-                            "***.");
-        for (const auto &sent : world.worker->socket(0).sent())
-            QVERIFY(!sent.data.contains(key));
     }
 
     void aKeyThatNoHeaderCanCarryIsRefusedWithoutAsking()

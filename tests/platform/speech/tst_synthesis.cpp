@@ -184,11 +184,7 @@ private slots:
                              "X-ConnectionId: {id} USP state: Sending. Received audio size: 0 bytes.";
         const QString closed = "Connection was closed by the remote host. Error code: ";
         addRows<WebSocketEvent, World::Progress, Code, QString>({
-            {"wrong key", failed(Kind::UpgradeRefused, 401), World::Connecting, Code::AuthenticationFailure,
-             "WebSocket upgrade failed: Authentication error (401). Please check subscription information and region "
-             "name. USP state: Sending. Received audio size: 0 bytes."},
             {"no host", failed(Kind::HostNotFound), World::Connecting, Code::ConnectionFailure, none},
-            {"no upgrade", failed(Kind::Timeout), World::Connecting, Code::ServiceTimeout, none},
             {"unknown voice", websocket::Disconnected{"Unsupported voice de-DE-KatjaNeural.", 1007}, World::TurnStarted,
              Code::BadRequest,
              closed +
@@ -196,9 +192,6 @@ private slots:
                  "size: 0 bytes."},
             {"closed as if done", websocket::Disconnected{"", 1000}, World::SomeSound, Code::ConnectionFailure,
              closed + "1000. Error details:  USP state: ReceivingData. Received audio size: 480 bytes."},
-            {"key echoed", websocket::Disconnected{QString("bad ") + key, 1011}, World::Connected,
-             Code::ConnectionFailure,
-             closed + "1011. Error details: bad *** USP state: Sending. Received audio size: 0 bytes."},
             {"lost", websocket::PeerClosed{}, World::SomeSound, Code::ConnectionFailure,
              "WebSocket operation failed. Internal error: 3. Error details: WS_ERROR_UNDERLYING_IO_ERROR USP state: "
              "ReceivingData. Received audio size: 480 bytes."},
