@@ -14,6 +14,18 @@
 /// What every adapter of a port promises, run over the fakes and over what ships.
 namespace vynlex::contract {
 
+/// Samples of 16 bits that are never zero, and never the same for a while, so that a lost, repeated or inserted one
+/// shows.
+inline QByteArray ramp(int count, int first = 0)
+{
+    QByteArray bytes;
+    for (int i = first; i < first + count; ++i) {
+        const auto sample = static_cast<std::int16_t>(i % 30011 + 1);
+        bytes.append(reinterpret_cast<const char *>(&sample), sizeof sample);
+    }
+    return bytes;
+}
+
 /// An engine, and what makes its microphone deliver: `speak` runs in turn with the event loop until enough was heard.
 struct Microphone {
     std::unique_ptr<AudioEngine> engine;

@@ -13,21 +13,11 @@
 #include "tests/fakes/Rows.h"
 
 using namespace vynlex;
+using contract::ramp;
 
 namespace {
 
 const AudioFormat speakerFormat{PulseServer::speakerRateHz, 1, AudioFormat::SampleType::Int16};
-
-/// Never zero, and never the same for a while, so that a lost, repeated or inserted sample shows.
-QByteArray ramp(int count, int first = 0)
-{
-    QByteArray bytes;
-    for (int i = first; i < first + count; ++i) {
-        const auto sample = static_cast<std::int16_t>(i % 30011 + 1);
-        bytes.append(reinterpret_cast<const char *>(&sample), sizeof sample);
-    }
-    return bytes;
-}
 
 /// The samples that are not zero: a busy machine may leave gaps, but it loses and repeats nothing.
 QByteArray withoutSilence(const QByteArray &pcm)
@@ -39,26 +29,6 @@ QByteArray withoutSilence(const QByteArray &pcm)
     }
     return sound;
 }
-
-/// What is heard in the room while this object lives.
-class RoomRecorder {
-public:
-    explicit RoomRecorder(PulseServer &server)
-        : m_server(server)
-    {
-        m_server.listen();
-    }
-
-    const QByteArray &heard()
-    {
-        m_heard += m_server.listen();
-        return m_heard;
-    }
-
-private:
-    PulseServer &m_server;
-    QByteArray m_heard;
-};
 
 } // namespace
 
@@ -117,7 +87,9 @@ private slots:
     void whatIsPlayedIsHeardToTheLastSample()
     {
         const auto [count] = currentRow<int>();
-        RoomRecorder room(m_server);
+        m_server.listen();
+        QByteArray heard;
+        const auto listen = [&] { return withoutSilence(heard += m_server.listen()); };
         const QByteArray sound = ramp(count);
         QtAudioPlayer player;
         QVERIFY(player.start(speakerFormat));
@@ -125,17 +97,13 @@ private slots:
             player.write(sound.mid(i, 3200));
         contract::Ends ends;
         player.finish(ends.callback());
-        QVERIFY(eventually([&] {
-            room.heard();
-            return !ends.copy().isEmpty();
-        }));
+        QVERIFY(eventually([&] { return listen(), !ends.copy().isEmpty(); }));
         QCOMPARE(ends.copy(), QStringList{""});
-        const bool whole = eventually([&] { return withoutSilence(room.heard()) == sound; });
-        const QByteArray heard = withoutSilence(room.heard());
+        const bool whole = eventually([&] { return listen() == sound; });
         QVERIFY2(whole, qPrintable(QStringLiteral("%1 of %2 bytes, those at %3")
-                                       .arg(heard.size())
+                                       .arg(listen().size())
                                        .arg(sound.size())
-                                       .arg(sound.indexOf(heard))));
+                                       .arg(sound.indexOf(listen()))));
     }
 
     void soundBeginsBeforeTheEndIsKnownAndStopsAtOnce()
@@ -143,17 +111,18 @@ private slots:
         // Best of ten: a busy machine may stop this thread between looking and stopping.
         double leastAfterMs = 1000;
         for (int attempt = 0; attempt < 10 && leastAfterMs >= 80; ++attempt) {
-            RoomRecorder room(m_server);
+            m_server.listen();
+            QByteArray heard;
             QtAudioPlayer player;
             QVERIFY(player.start(speakerFormat));
             player.write(ramp(PulseServer::speakerRateHz * 10));
-            const auto heardBytes = [&] { return withoutSilence(room.heard()).size(); };
+            const auto heardBytes = [&] { return withoutSilence(heard += m_server.listen()).size(); };
             TRY_VERIFY(heardBytes() > 6400);
 
             const qsizetype before = heardBytes();
             player.stop();
             const qsizetype silence = PulseServer::speakerRateHz / 5 * 2;
-            TRY_VERIFY(room.heard().endsWith(QByteArray(silence, '\0')));
+            TRY_VERIFY((heard += m_server.listen()).endsWith(QByteArray(silence, '\0')));
             const double afterMs = static_cast<double>(heardBytes() - before) * 1000 / 2 / PulseServer::speakerRateHz;
             qInfo("heard after stop: %.1f ms", afterMs);
             leastAfterMs = std::min(leastAfterMs, afterMs);

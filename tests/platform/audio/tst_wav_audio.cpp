@@ -16,6 +16,7 @@
 
 using namespace vynlex;
 
+using contract::ramp;
 using SampleType = AudioFormat::SampleType;
 using Pace = WavMicrophone::Pace;
 
@@ -54,16 +55,6 @@ struct Recorder {
         return data.with([](QByteArray &all) { return all.size(); });
     }
 };
-
-QByteArray ramp(int count)
-{
-    QByteArray bytes;
-    for (int i = 0; i < count; ++i) {
-        const auto sample = static_cast<std::int16_t>(i % 30000 + 1);
-        bytes.append(reinterpret_cast<const char *>(&sample), sizeof sample);
-    }
-    return bytes;
-}
 
 } // namespace
 
@@ -155,10 +146,8 @@ private slots:
         engine->installTap(160, recorder.tap());
         QVERIFY(engine->start());
         TRY_COMPARE(said.copy().size(), std::size_t(2));
-        QCOMPARE(microphone.waitingSounds(), 0);
         const auto list = said.copy();
-        QCOMPARE(list[0].name, "one");
-        QCOMPARE(list[1].name, "two");
+        QVERIFY(list[0].name == "one" && list[1].name == "two");
         // A device never delivers early: 20 steps of 10 ms, the first of which is the begin.
         QVERIFY(list[1].end - list[1].begin >= std::chrono::milliseconds(150));
         QVERIFY(list[1].begin >= list[0].end);
@@ -216,12 +205,9 @@ private slots:
         stopped.stop();
         QCOMPARE(heard.copy().size(), std::size_t(2));
         QVERIFY(!heard.copy().at(1).toTheEnd);
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray kept = file.readAll();
-        QVERIFY(kept.size() >= 44 && kept.size() < 44 + minute.size() / 2);
-        if (kept.size() > 44)
-            QVERIFY(minute.startsWith(WavFile::parse(kept, "a").value().data));
+        QVERIFY(QFile(path).size() >= 44); // a header, and what was played until then, which may be nothing
+        const QByteArray kept = WavFile::read(path).value_or(PcmBuffer{}).data;
+        QVERIFY(kept.size() < minute.size() / 2 && minute.startsWith(kept));
     }
 };
 
