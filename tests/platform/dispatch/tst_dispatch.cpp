@@ -4,7 +4,6 @@
 
 #include <array>
 #include <atomic>
-#include <functional>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -22,26 +21,6 @@
 
 using namespace std::chrono_literals;
 using namespace vynlex;
-
-namespace {
-
-/// The shipped clock or the fake, and how time passes for it.
-struct ClockUnderTest {
-    std::shared_ptr<Clock> clock;
-    std::function<void(std::chrono::milliseconds)> pass;
-};
-
-ClockUnderTest clockUnderTest(bool fake)
-{
-    if (fake) {
-        const auto clock = std::make_shared<FakeClock>();
-        return {clock, [clock](std::chrono::milliseconds time) { clock->advance(time); }};
-    }
-    return {std::make_shared<SystemClock>(),
-            [](std::chrono::milliseconds time) { QTest::qWait(static_cast<int>(time.count())); }};
-}
-
-} // namespace
 
 class TestDispatch : public QObject {
     Q_OBJECT
@@ -154,25 +133,28 @@ private slots:
     void clocksFireInOrderAndStopWhenDestroyed_data() { addRows<bool>({{"fake", true}, {"shipped", false}}); }
     void clocksFireInOrderAndStopWhenDestroyed()
     {
-        const auto [fake] = currentRow<bool>();
-        const ClockUnderTest test = clockUnderTest(fake);
+        const auto [isFake] = currentRow<bool>();
+        FakeClock fake;
+        SystemClock shipped;
+        Clock &clock = isFake ? static_cast<Clock &>(fake) : shipped;
         std::vector<int> fired;
         int ticks = 0;
-        const auto start = test.clock->now();
-        const auto second = test.clock->after(400ms, [&] { fired.push_back(2); });
-        const auto first = test.clock->after(20ms, [&] { fired.push_back(1); });
-        auto never = test.clock->after(10ms, [&] { fired.push_back(0); });
+        const auto start = clock.now();
+        const auto second = clock.after(400ms, [&] { fired.push_back(2); });
+        const auto first = clock.after(20ms, [&] { fired.push_back(1); });
+        auto never = clock.after(10ms, [&] { fired.push_back(0); });
         never.reset();
-        std::unique_ptr<Timer> ticker = test.clock->every(10ms, [&] {
+        std::unique_ptr<Timer> ticker = clock.every(10ms, [&] {
             if (++ticks == 3)
                 ticker.reset(); // from inside its own task
         });
+        const auto pass = [&] { isFake ? fake.advance(20ms) : QTest::qWait(20); };
         for (int i = 0; i < 100 && (fired.size() < 2 || ticks < 3); ++i)
-            test.pass(20ms);
-        test.pass(20ms);
+            pass();
+        pass();
         QCOMPARE(fired, (std::vector{1, 2}));
         QCOMPARE(ticks, 3);
-        QVERIFY(test.clock->now() - start >= 60ms);
+        QVERIFY(clock.now() - start >= 60ms);
     }
 
     void consoleLinesComeWholeFromEveryThread()

@@ -23,15 +23,13 @@ public:
         if (isEntered() || std::system("unshare -rn true 2>/dev/null") != 0)
             return;
         setenv(variable, "1", 1);
-        std::vector<char *> arguments;
-        static char program[] = "unshare";
-        static char options[] = "-rn";
-        arguments = {program, options};
-        static char self[] = "/proc/self/exe";
+        char program[] = "unshare";
+        char options[] = "-rn";
         char path[4096] = {};
-        arguments.push_back(readlink(self, path, sizeof path - 1) > 0 ? path : argv[0]);
-        for (char **argument = argv + 1; *argument; ++argument)
-            arguments.push_back(*argument);
+        char *const self = readlink("/proc/self/exe", path, sizeof path - 1) > 0 ? path : argv[0];
+        std::vector<char *> arguments{program, options, self};
+        while (*++argv)
+            arguments.push_back(*argv);
         arguments.push_back(nullptr);
         execvp(program, arguments.data());
         unsetenv(variable);

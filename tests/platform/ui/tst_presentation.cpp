@@ -60,7 +60,6 @@ private slots:
             top = screen;
             middle->present(std::move(screen), Animated::Yes);
         }
-        QCOMPARE(middle->presentedViewController(), top.lock()); // which owns it
         QCOMPARE(top.lock()->presentingViewController(), middle.get());
         ScreenWindow window(root);
         QCOMPARE(window.presentedChain().size(), 3U);

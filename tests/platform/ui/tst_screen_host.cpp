@@ -215,24 +215,6 @@ private slots:
             QVERIFY(stage.view(u"top"_s));
         }
     }
-
-    void theHostMayGoAtAnyTime()
-    {
-        QQmlEngine engine;
-        QSignalSpy warnings(&engine, &QQmlEngine::warnings);
-        QQuickWindow window;
-        const auto root = screen(u"root"_s);
-        ScreenWindow screens(root);
-        {
-            ScreenHost host(engine, screens, window.contentItem());
-            root->present(screen(u"first"_s), Animated::Yes);
-            root->dismiss(Animated::Yes);
-            root->present(screen(u"second"_s), Animated::Yes);
-        }
-        root->dismiss(Animated::Yes);
-        QCoreApplication::processEvents();
-        QCOMPARE(warnings.count(), 0);
-    }
 };
 
 template struct vynlex::InSuite<tst_screen_host>;
