@@ -50,19 +50,4 @@ inline Samples operator+(Samples first, const Samples &second)
     return first;
 }
 
-/// Both at once; as long as the first.
-inline Samples mixed(Samples first, const Samples &second)
-{
-    for (std::size_t i = 0; i < std::min(first.size(), second.size()); ++i)
-        first[i] = static_cast<std::int16_t>(first[i] + second[i]);
-    return first;
-}
-
-inline Samples scaled(Samples samples, double gain)
-{
-    for (auto &s : samples)
-        s = static_cast<std::int16_t>(std::lround(s * gain));
-    return samples;
-}
-
 } // namespace sounds

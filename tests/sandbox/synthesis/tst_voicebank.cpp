@@ -3,10 +3,11 @@
 #include <QTest>
 
 #include <cmath>
-#include <stdexcept>
-#include <thread>
 #include <vector>
 
+#include "tests/fakes/Rows.h"
+
+using namespace vynlex;
 using sandbox::VoiceBank;
 
 namespace {
@@ -39,27 +40,25 @@ class VoiceBankTest : public QObject {
 private slots:
     void everyVoiceSpeaksItsLanguage_data()
     {
-        QTest::addColumn<QByteArray>("voice");
-        QTest::addColumn<QByteArray>("text");
-        const auto row = [](const char *voice, const char *text) {
-            QTest::newRow(voice) << QByteArray(voice) << QByteArray(text);
-        };
-        row("en-US-AriaNeural", "Where is the railway station?");
-        row("en-IN-NeerjaNeural", "Where is the railway station?");
-        row("en-IN-PrabhatNeural", "Where is the railway station?");
-        row("hi-IN-SwaraNeural", "रेलवे स्टेशन कहाँ है?");
-        row("gu-IN-DhwaniNeural", "રેલવે સ્ટેશન ક્યાં છે?");
-        row("mr-IN-AarohiNeural", "रेल्वे स्टेशन कुठे आहे?");
-        row("bn-IN-TanishaaNeural", "রেল স্টেশন কোথায়?");
-        row("te-IN-ShrutiNeural", "రైల్వే స్టేషన్ ఎక్కడ ఉంది?");
+        const QByteArray english = "Where is the railway station?";
+        addRows<QByteArray>({
+            {"en-US-AriaNeural", english},
+            {"en-IN-NeerjaNeural", english},
+            {"en-IN-PrabhatNeural", english},
+            {"hi-IN-SwaraNeural", "रेलवे स्टेशन कहाँ है?"},
+            {"gu-IN-DhwaniNeural", "રેલવે સ્ટેશન ક્યાં છે?"},
+            {"mr-IN-AarohiNeural", "रेल्वे स्टेशन कुठे आहे?"},
+            {"bn-IN-TanishaaNeural", "রেল স্টেশন কোথায়?"},
+            {"te-IN-ShrutiNeural", "రైల్వే స్టేషన్ ఎక్కడ ఉంది?"},
+        });
     }
     void everyVoiceSpeaksItsLanguage()
     {
-        QFETCH(QByteArray, voice);
-        QFETCH(QByteArray, text);
+        const auto [text] = currentRow<QByteArray>();
+        const std::string voice = QTest::currentDataTag();
         VoiceBank bank;
-        QVERIFY(bank.has(voice.toStdString()));
-        const auto audio = spoken(bank, text.toStdString(), voice.toStdString(), 16000);
+        QVERIFY(bank.has(voice));
+        const auto audio = spoken(bank, text.toStdString(), voice, 16000);
         const double seconds = static_cast<double>(audio.size()) / 16000;
         // A voice that does not know the script spells every letter, which takes far longer.
         QVERIFY2(seconds > 0.8 && seconds < 3.5, QByteArray::number(seconds));
