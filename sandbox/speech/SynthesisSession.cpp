@@ -52,7 +52,7 @@ std::string audioMessage(const std::string &requestId, const std::string &stream
 }
 
 /// The object in `parent`, empty when there is none. Throws ProtocolError when it is something else.
-json::object objectAt(const json::object &parent, std::string_view name)
+json::object optionalObjectAt(const json::object &parent, std::string_view name)
 {
     const auto *const value = parent.if_contains(name);
     if (!value)
@@ -186,7 +186,7 @@ void SynthesisSession::handle(const SpeechMessage &message)
     if (!m_configured && message.path != "speech.config")
         throw ProtocolError(ProtocolError::violation, "The first message is not speech.config.");
     if (message.path == "speech.config") {
-        (void)objectAt(jsonBody(message), "context");
+        (void)optionalObjectAt(jsonBody(message), "context");
         m_configured = true;
     } else if (message.path == "synthesis.context") {
         setContext(message);
@@ -207,7 +207,7 @@ void SynthesisSession::setContext(const SpeechMessage &message)
         throw ProtocolError(ProtocolError::violation, "The request id was used before.");
     if (m_contexts.size() >= mostRequests)
         throw ProtocolError(ProtocolError::throttled, "There are too many contexts without a text.");
-    const json::object audio = objectAt(objectAt(jsonBody(message), "synthesis"), "audio");
+    const json::object audio = optionalObjectAt(optionalObjectAt(jsonBody(message), "synthesis"), "audio");
     Context context;
     if (const auto *const name = audio.if_contains("outputFormat")) {
         const std::string text = name->is_string() ? std::string(name->get_string()) : json::serialize(*name);
@@ -216,7 +216,7 @@ void SynthesisSession::setContext(const SpeechMessage &message)
             throw ProtocolError(ProtocolError::invalidData, "Unsupported output format " + text + ".");
         context.format = *known;
     }
-    for (const auto &[name, value] : objectAt(audio, "metadataOptions")) {
+    for (const auto &[name, value] : optionalObjectAt(audio, "metadataOptions")) {
         const bool flag = flagValue(value, name);
         if (name == "sessionEndEnabled")
             context.sessionEnd = flag;
