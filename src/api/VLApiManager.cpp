@@ -22,6 +22,8 @@ VLApiManager &VLApiManager::shared()
 
 void VLApiManager::setCredentials(const QString &guestId, const QString &jwt)
 {
+    if (guestId != currentUserGuestID)
+        m_user = std::make_shared<const char>();
     currentUserGuestID = guestId;
     currentJWT = jwt;
     if (networkClient)
@@ -31,13 +33,20 @@ void VLApiManager::setCredentials(const QString &guestId, const QString &jwt)
 template<VLAPIRequest Request>
 void VLApiManager::send(const Request &record, VLApiCompletion<typename Request::ReturnDataType> completion)
 {
-    if (networkClient)
-        networkClient->send(record, std::move(completion));
+    using Answer = VLApiResult<typename Request::ReturnDataType>;
+    if (!networkClient)
+        return;
+    networkClient->send(record, [user = std::weak_ptr(m_user), completion = std::move(completion)](Answer answer) {
+        if (user.expired()) // or the next one would be shown it
+            answer = tl::unexpected(VLApiRequestError(VLApiRequestError::Case::unKnown));
+        completion(std::move(answer));
+    });
 }
 
 void VLApiManager::getJWToken(const QString &webToken, VLApiCompletion<VLTokenResponse> completion)
 {
-    send(GetJWTokenRequest(webToken), std::move(completion));
+    if (networkClient) // Not for the present user: whose token it is, the answer tells.
+        networkClient->send(GetJWTokenRequest(webToken), std::move(completion));
 }
 
 void VLApiManager::uploadContacts(const std::vector<User> &deviceContacts,

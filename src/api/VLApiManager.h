@@ -19,7 +19,8 @@ class VLNetworkClient;
 /// What the kit keeps of the signed-in user for the life of the process, and the backend's operations in that user's
 /// name.
 ///
-/// Main thread. A completion runs on the main queue, never before the call returns, at most once.
+/// Main thread. A completion runs on the main queue, never before the call returns, at most once. What one user has
+/// asked for fails, whatever the backend answers, once another one has signed in; the token exchange alone does not.
 class VLApiManager {
 public:
     VLApiManager();
@@ -29,7 +30,7 @@ public:
 
     static VLApiManager &shared();
 
-    /// From now on requests carry `jwt`. The guest id is not sent.
+    /// From now on requests carry `jwt`. The guest id is not sent; another one than before is another user.
     void setCredentials(const QString &guestId, const QString &jwt);
 
     // Without a network client there is nobody to ask, and these do nothing.
@@ -62,6 +63,8 @@ public:
 private:
     template<VLAPIRequest Request>
     void send(const Request &record, VLApiCompletion<typename Request::ReturnDataType> completion);
+
+    std::shared_ptr<const char> m_user = std::make_shared<const char>(); ///< Another one for each user.
 };
 
 } // namespace vynlex

@@ -24,7 +24,7 @@ public:
         noData,            ///< a response without a body
         invalidResponse,   ///< no HTTP response
         serverError,       ///< status 500 to 599
-        unKnown,           ///< any other status, and bodies that are not what was asked for
+        unKnown,           ///< any other status, bodies that are not what was asked for, answers for a former user
     };
 
     /// What an error body says: a text for people and a word for programs.

@@ -62,6 +62,14 @@ void ChatViewModel::messageSent(const VLApiResult<VLChatMessage> &answer)
         append(*answer);
 }
 
+void ChatViewModel::forgetChat()
+{
+    aryMessages.clear();
+    threadID.clear();
+    receivedID.clear();
+    refresh();
+}
+
 void ChatViewModel::append(VLChatMessage message)
 {
     message.isIncomingMessage = message.creatorId != m_api.currentUserGuestID;

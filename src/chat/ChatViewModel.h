@@ -43,6 +43,9 @@ public:
     /// The completion of sending.
     void messageSent(const VLApiResult<VLChatMessage> &answer);
 
+    /// As a process begins: the next user must see nothing of this one's chat.
+    void forgetChat();
+
     std::vector<VLChatMessage> aryMessages;  ///< Oldest first; never sorted, nor freed of duplicates.
     std::weak_ptr<VLChatDeleagate> delegate; ///< The screen that was opened last.
     QString threadID;

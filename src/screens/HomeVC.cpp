@@ -6,6 +6,7 @@
 #include "api/JwtUserId.h"
 #include "api/PhoneNumber.h"
 #include "api/VLApiManager.h"
+#include "chat/ChatViewModel.h"
 #include "chat/SocketManager.h"
 #include "conversation/TranslationStoryboard.h"
 #include "language/LanguageTranslation.h"
@@ -110,13 +111,29 @@ void HomeVC::fetchJWToken(std::function<void()> completion)
             return; // Nobody is told, deliberately.
         if (webToken != asked)
             return; // The host has another user by now, whom an answer that took its time must not sign out.
-        m_apiManager.setCredentials(userIdOfJwt(*answer->jwt), *answer->jwt);
-        // The screen may have loaded before the token was there. Its socket has logged in with none, or as somebody
-        // else, and would never be sent a message.
-        if (isViewLoaded())
-            startSocketSession();
+        signIn(*answer->jwt);
         completion();
     }));
+}
+
+void HomeVC::signIn(const QString &jwt)
+{
+    const QString userId = userIdOfJwt(jwt);
+    if (userId != m_apiManager.currentUserGuestID)
+        forgetFormerUser();
+    m_apiManager.setCredentials(userId, jwt);
+    // The screen may have loaded before the token was there. Its socket has logged in with none, or as somebody else,
+    // and would never be sent a message.
+    if (isViewLoaded())
+        startSocketSession();
+}
+
+/// What the backend has told. The address book stays: it is the device's.
+void HomeVC::forgetFormerUser()
+{
+    m_serverContactArray.clear();
+    setUsers({});
+    m_socketManager.chat().forgetChat();
 }
 
 void HomeVC::startSocketSession()

@@ -116,6 +116,8 @@ protected:
 private:
     enum class Tab { Recents, Contacts };
 
+    void signIn(const QString &jwt);
+    void forgetFormerUser();
     void startSocketSession();
 
     void fetchDeviceContacts();

@@ -345,6 +345,46 @@ private slots:
         answerAll();
         QCOMPARE(second->tableView()->rowCount(), 1);
     }
+
+    /// The home screen is the same for both; the former user's chat may even be shown still.
+    void theNextUserSeesNothingOfTheOneBefore()
+    {
+        SocketManager sockets(*m_chat);
+        const auto home = std::make_shared<HomeVC>(*m_api, *m_languages, sockets);
+        m_root->present(home, Animated::No);
+        home->loadData();
+        const auto chat = std::make_shared<ChatVC>(*m_chat, *m_api, *m_languages);
+        chat->userModel = {u"asha"_s, u"Asha"_s, {}, {}};
+        home->present(chat, Animated::No);
+        answerAll();
+        answerAll();
+        QCOMPARE(home->tableView()->rowCount(), 1);
+        QCOMPARE(m_chat->aryMessages.size(), 1U);
+        m_platform->clock->advance(500ms);
+        home->recentsButtonTapped();
+        m_chat->openPrivateThread(u"asha"_s);
+        m_chat->fetchMessages();
+        const int requests = network().requestCount();
+
+        home->fetchJWToken([] {});
+        network().answer(requests, 200, answers["POST /api/externalservertp/get-token"]);
+        m_answered.insert(requests);
+        settle();
+        m_chat->openPrivateThread(u"asha"_s); // with the same person as the one before
+        const auto nothingIsShown = [&] {
+            return home->tableView()->rowCount() == 0 && m_chat->aryMessages.empty() && !m_chat->isThreadKnown();
+        };
+        QVERIFY(nothingIsShown());
+        endEverything(Ending::WithAnswers, requests);
+        QVERIFY(nothingIsShown() && !home->isActivityIndicatorAnimating());
+
+        home->recentsButtonTapped();
+        answerAll();
+        answerAll();
+        QCOMPARE(home->tableView()->rowCount(), 1);
+        QCOMPARE(m_chat->aryMessages.size(), 1U);
+        QVERIFY(m_chat->isThreadKnown());
+    }
 };
 
 template struct vynlex::InSuite<tst_leaving>;
