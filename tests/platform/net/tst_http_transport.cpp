@@ -246,9 +246,7 @@ private slots:
              "/a/../b?q=%E0%A4%A8%20%26%2B&r=a+b#part",
              {},
              "GET /a/../b?q=%E0%A4%A8%20%26%2B&r=a+b HTTP/1.1\r\nHost: H\r\n" + listed + "\r\n"},
-            {"post", "POST", "/p", "[{}]",
-             "POST /p HTTP/1.1\r\nHost: H\r\n" + listed + "Content-Length: 4\r\n\r\n[{}]"},
-            {"no Expect for a long body", "POST", "/p", QByteArray(2'000'000, 'x'),
+            {"post, no Expect for a long body", "POST", "/p", QByteArray(2'000'000, 'x'),
              "POST /p HTTP/1.1\r\nHost: H\r\n" + listed + "Content-Length: 2000000\r\n\r\n" +
                  QByteArray(2'000'000, 'x')},
         });
@@ -283,32 +281,28 @@ private slots:
         QCOMPARE(server.connectionCount(), 1);
     }
 
-    void onlyARequestWithoutABodyMayBeRepeatedUnseen_data()
-    {
-        addRows<QByteArray, QByteArray, int>(
-            {{"nothing was asked to be done", "GET", "answered", 3}, {"it may have been done", "POST", "Io", 2}});
-    }
     void onlyARequestWithoutABodyMayBeRepeatedUnseen()
     {
-        const auto [method, outcome, requests] = currentRow<QByteArray, QByteArray, int>();
-        HttpRequest request;
-        request.method = method;
-        request.body = method == "POST" ? "body" : "";
-        std::atomic<int> received = 0;
-        const LocalServer server([&](Peer &peer) { // ends without an answer to a connection's second request
-            for (const QByteArray &answer : {ok("answered"), QByteArray()}) {
-                if (peer.readHead().isEmpty())
-                    return;
-                peer.read(request.body.size());
-                ++received;
-                peer.write(answer);
-            }
-        });
-        request.url = urlOf(server);
-        CurlHttpTransport session;
-        QCOMPARE(told(exchange(session, request)), "answered");
-        QCOMPARE(told(exchange(session, request)), outcome);
-        QCOMPARE(received, requests);
+        for (const bool hasBody : {false, true}) { // with one, something may have been done
+            HttpRequest request;
+            request.method = hasBody ? "POST" : "GET";
+            request.body = hasBody ? "body" : "";
+            std::atomic<int> received = 0;
+            const LocalServer server([&](Peer &peer) { // ends without an answer to a connection's second request
+                for (const QByteArray &answer : {ok("answered"), QByteArray()}) {
+                    if (peer.readHead().isEmpty())
+                        return;
+                    peer.read(request.body.size());
+                    ++received;
+                    peer.write(answer);
+                }
+            });
+            request.url = urlOf(server);
+            CurlHttpTransport session;
+            QCOMPARE(told(exchange(session, request)), "answered");
+            QCOMPARE(told(exchange(session, request)), hasBody ? "Io" : "answered");
+            QCOMPARE(received, hasBody ? 2 : 3);
+        }
     }
 
     void responseHeadersKeepTheirOrderAndInterimOnesAreDropped()

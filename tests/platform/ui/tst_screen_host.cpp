@@ -54,11 +54,8 @@ Item {
     Rectangle {
         objectName: "button"
         width: 100; height: 100
-        activeFocusOnTab: true
-        Keys.onSpacePressed: root.controller.press()
         TapHandler { onTapped: root.controller.press() }
     }
-    Rectangle { y: 100; width: 100; height: 100; objectName: "second"; activeFocusOnTab: true }
 }
 )";
 
@@ -140,35 +137,6 @@ private slots:
         stage.root->dismiss(Animated::No);
         QVERIFY(stage.view(u"root"_s)->isVisible());
         TRY_VERIFY(!stage.view(u"top"_s) && !stage.view(u"sheet"_s));
-    }
-
-    void whatIsCoveredGetsNoTouchAndNoKey()
-    {
-        Stage stage(screen(u"root"_s));
-        QVERIFY(stage.show());
-
-        QTest::mouseClick(&stage.window, Qt::LeftButton, {}, {50, 50});
-        QCOMPARE(stage.root->presses, 1);
-
-        const auto alert = screen(u"alert"_s);
-        alert->modalPresentationStyle = ViewController::ModalPresentationStyle::OverCurrentContext;
-        stage.root->present(alert, Animated::No);
-        QTest::mouseClick(&stage.window, Qt::LeftButton, {}, {50, 50});
-        QTest::mouseClick(&stage.window, Qt::LeftButton, {}, {50, 300}); // where the alert has nothing
-        QCOMPARE(stage.root->presses, 1);
-        QCOMPARE(alert->presses, 1);
-
-        // Round and round with the tab key: never down to what is covered, and back to the first control.
-        int onAlertsButton = 0;
-        for (int press = 0; press < 8; ++press) {
-            QTest::keyClick(&stage.window, Qt::Key_Tab);
-            QVERIFY(stage.view(u"alert"_s)->isAncestorOf(stage.window.activeFocusItem()));
-            onAlertsButton += stage.window.activeFocusItem()->objectName() == u"button"_s;
-        }
-        QVERIFY(onAlertsButton >= 2);
-        stage.root->dismiss(Animated::No);
-        QTest::keyClick(&stage.window, Qt::Key_Tab);
-        QVERIFY(stage.view(u"root"_s)->isAncestorOf(stage.window.activeFocusItem()));
     }
 
     void aViewGoesBeforeItsScreenEvenFromItsOwnButton()
