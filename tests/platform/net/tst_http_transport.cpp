@@ -123,8 +123,7 @@ public:
     void answerNext(int status, const QByteArray &body) override
     {
         const std::lock_guard lock(m_mutex);
-        m_answers.push_back("HTTP/1.1 " + QByteArray::number(status) +
-                            " Some\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body);
+        m_answers.push_back(ok(body).replace("200 OK", QByteArray::number(status) + " Some"));
         m_changed.notify_all();
     }
 

@@ -59,10 +59,14 @@ struct World {
 
     World()
     {
+        makeRecognizer();
+        config.enableDictation(); // After the recogniser was made, as the kit does it.
+    }
+    void makeRecognizer()
+    {
         recognizer = service.makeRecognizer(config, AudioConfig::fromStreamInput(stream)).value();
         recognizer->recognized = [this](const auto &result) { results.push_back(result); };
         recognizer->canceled = [this](const auto &details) { cancellations.push_back(details); };
-        config.enableDictation(); // After the recogniser was made, as the kit does it.
     }
 
     void start()
@@ -270,11 +274,11 @@ private slots:
     {
         const auto [region, host, mode] = currentRow<QString, QString, QString>();
         World world;
-        auto config = SpeechConfig::fromSubscription(key, region).value();
-        world.recognizer = world.service.makeRecognizer(config, AudioConfig::fromStreamInput(world.stream)).value();
-        config.setSpeechRecognitionLanguage("hi-IN");
+        world.config = SpeechConfig::fromSubscription(key, region).value();
+        world.makeRecognizer();
+        world.config.setSpeechRecognitionLanguage("hi-IN");
         if (mode == "dictation")
-            config.enableDictation();
+            world.config.enableDictation();
         world.startConnected();
         QCOMPARE(world.link().request().url.toString(),
                  host + "/speech/recognition/" + mode + "/cognitiveservices/v1?language=hi-IN&format=simple");
@@ -691,9 +695,7 @@ private slots:
     {
         World world;
         world.config = SpeechConfig::fromSubscription("abc\r\nX-Evil: 1", "westeurope").value();
-        world.recognizer =
-            world.service.makeRecognizer(world.config, AudioConfig::fromStreamInput(world.stream)).value();
-        world.recognizer->canceled = [&](const auto &details) { world.cancellations.push_back(details); };
+        world.makeRecognizer();
         world.start();
         QVERIFY(world.connections() == 0);
         QCOMPARE(world.cancellations.at(0).errorCode, Code::AuthenticationFailure);

@@ -93,20 +93,13 @@ public:
     bool isSpeaking() override { return isReached("ssml"); }
     void recognise(const QString &text) override
     {
-        onWorker([&] {
-            FakeSocket socket = m_worker->lastSocket();
-            const auto sent = socket.sent();
-            // The first turn's id; the service has heard nothing, so the phrase covers nothing.
-            socket.text(serviceText("speech.phrase", readWire(sent.back()).requestId,
-                                    R"({"RecognitionStatus":"Success","DisplayText":")" + text.toUtf8() + "\"}"));
-        });
+        // The service has heard nothing, so the phrase covers nothing.
+        onWorker(
+            [&] { say("speech.phrase", R"({"RecognitionStatus":"Success","DisplayText":")" + text.toUtf8() + "\"}"); });
     }
     void endOfStream() override
     {
-        onWorker([&] {
-            FakeSocket socket = m_worker->lastSocket();
-            socket.text(serviceText("turn.end", readWire(socket.sent().back()).requestId));
-        });
+        onWorker([&] { say("turn.end"); });
     }
     void refuse() override
     {
@@ -115,10 +108,8 @@ public:
     void completeSpeaking() override
     {
         onWorker([&] {
-            FakeSocket socket = m_worker->lastSocket();
-            const QByteArray id = readWire(socket.sent().back()).requestId;
-            socket.binary(serviceAudio(id, "abcd"));
-            socket.text(serviceText("turn.end", id));
+            m_worker->lastSocket().binary(serviceAudio(turn(), "abcd"));
+            say("turn.end");
         });
         if (m_audio.lastPlayback().isFinished())
             m_audio.lastPlayback().complete();
@@ -126,6 +117,12 @@ public:
     void refuseSpeaking() override { refuse(); }
 
 private:
+    QByteArray turn() { return readWire(m_worker->lastSocket().sent().back()).requestId; }
+    void say(const char *path, const QByteArray &body = "{}")
+    {
+        m_worker->lastSocket().text(serviceText(path, turn(), body));
+    }
+
     bool isReached(const QString &path)
     {
         bool reached = false;
@@ -170,12 +167,9 @@ SpeechConfig config()
 class TestSpeechService : public QObject {
     Q_OBJECT
 
-    std::unique_ptr<ServiceUnderTest> makeService()
+    static std::unique_ptr<ServiceUnderTest> makeService()
     {
-        QFETCH_GLOBAL(bool, fake);
-        if (fake)
-            return std::make_unique<Fake>();
-        return std::make_unique<Cloud>();
+        return makeFakeOrShipped<ServiceUnderTest, Fake, Cloud>();
     }
     /// A text that is being spoken on a thread of its own.
     static std::future<Outcome> speak(ServiceUnderTest &under, SpeechSynthesizer *synthesizer)
@@ -199,12 +193,7 @@ class TestSpeechService : public QObject {
     };
 
 private slots:
-    void initTestCase_data()
-    {
-        QTest::addColumn<bool>("fake");
-        QTest::newRow("fake") << true;
-        QTest::newRow("cloud") << false;
-    }
+    void initTestCase_data() { addFakeAndShipped(); }
 
     void resultsArriveInOrderOnTheServicesThreadAndTheEndComesOnce()
     {
