@@ -5,10 +5,10 @@
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
 
 #include "platform/audio/AudioEngine.h"
 #include "platform/audio/AudioPlayer.h"
+#include "platform/dispatch/Guarded.h"
 #include "tests/fakes/Patience.h"
 
 /// What every adapter of a port promises, run over the fakes and over what ships.
@@ -121,21 +121,15 @@ inline void aTapMayRemoveItselfAndStopTheEngine(const std::function<Microphone()
 
 /// How often `ended` has run, and with what.
 struct Ends {
-    std::mutex mutex;
-    QStringList all; ///< "" for success
+    Guarded<QStringList> all; ///< "" for success
 
     AudioPlayer::Ended callback()
     {
         return [this](const tl::expected<void, QString> &result) {
-            const std::lock_guard lock(mutex);
-            all.push_back(result ? QString("") : result.error());
+            all.with([&](QStringList &list) { list << (result ? QString("") : result.error()); });
         };
     }
-    QStringList copy()
-    {
-        const std::lock_guard lock(mutex);
-        return all;
-    }
+    QStringList copy() { return all.copy(); }
 };
 
 /// `hearAll` lets the loudspeaker play what it has; it may be empty.

@@ -1,8 +1,8 @@
+#include <QSemaphore>
 #include <QTest>
 
-#include <condition_variable>
-#include <deque>
-#include <mutex>
+#include <atomic>
+#include <latch>
 #include <set>
 
 #include "platform/dispatch/Guarded.h"
@@ -110,21 +110,16 @@ private:
 
 class ShippedSubject final : public Subject {
 public:
-    ~ShippedSubject() override
-    {
-        const std::lock_guard lock(m_mutex);
-        m_ending = true;
-        m_changed.notify_all();
-    }
+    ~ShippedSubject() override { m_answerable.release(100); } // for whoever waits
 
     std::unique_ptr<HttpTransport> makeSession() override { return std::make_unique<CurlHttpTransport>(); }
     QUrl url() const override { return urlOf(m_server); }
     bool hasArrived(int count) const override { return m_arrived >= count; }
     void answerNext(int status, const QByteArray &body) override
     {
-        const std::lock_guard lock(m_mutex);
-        m_answers.push_back(ok(body).replace("200 OK", QByteArray::number(status) + " Some"));
-        m_changed.notify_all();
+        m_answers.with(
+            [&](auto &all) { all.push_back(ok(body).replace("200 OK", QByteArray::number(status) + " Some")); });
+        m_answerable.release();
     }
 
 private:
@@ -132,20 +127,14 @@ private:
     {
         while (!peer.readHead().isEmpty()) {
             ++m_arrived;
-            std::unique_lock lock(m_mutex);
-            m_changed.wait(lock, [this] { return m_ending || !m_answers.empty(); });
-            if (m_answers.empty())
-                return;
-            peer.write(m_answers.front());
-            m_answers.pop_front();
+            m_answerable.acquire();
+            peer.write(m_answers.with([](auto &all) { return all.isEmpty() ? QByteArray() : all.takeFirst(); }));
         }
     }
 
     std::atomic<int> m_arrived = 0;
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    std::deque<QByteArray> m_answers;
-    bool m_ending = false;
+    Guarded<QByteArrayList> m_answers;
+    QSemaphore m_answerable;
     LocalServer m_server{[this](Peer &peer) { serve(peer); }};
 };
 
@@ -399,21 +388,12 @@ private slots:
 
     void sixtyRequestsShareFifteenConnections()
     {
-        std::atomic<int> atOnce = 0;
-        std::atomic<int> most = 0;
-        std::mutex mutex;
-        std::condition_variable changed;
+        std::atomic<int> requests = 0;
+        std::latch firstFifteen(15); // wait for each other: that many must come at the same time
         const LocalServer server([&](Peer &peer) {
             for (QByteArray head = peer.readHead(); !head.isEmpty(); head = peer.readHead()) {
-                const int now = ++atOnce;
-                {
-                    // The first fifteen wait for each other: that many must come at the same time.
-                    std::unique_lock lock(mutex);
-                    most = std::max(most.load(), now);
-                    changed.notify_all();
-                    changed.wait(lock, [&] { return most >= 15; });
-                }
-                --atOnce;
+                if (++requests <= 15)
+                    firstFifteen.arrive_and_wait();
                 peer.write(ok(head.mid(5, head.indexOf(" HTTP") - 5)));
             }
         });
@@ -426,7 +406,6 @@ private slots:
                          [&](const Outcome &outcome) { bodies.insert(*outcome->body); });
         }
         TRY_COMPARE(bodies.size(), 60U);
-        QCOMPARE(most.load(), 15);
         QCOMPARE(server.connectionCount(), 15);
     }
 };
