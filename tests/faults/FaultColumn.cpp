@@ -11,7 +11,7 @@ namespace faults {
 namespace {
 
 constexpr int longLatencyMs = 10'000; ///< Everybody waits when an outage strikes, and some time afterwards.
-constexpr auto networkOutage = 12s;
+constexpr auto networkOutage = 10s;
 
 FaultColumn status(int code)
 {
@@ -50,9 +50,9 @@ void FaultColumn::strike(Laboratory &laboratory) const
         examples::letPass(1s);
         laboratory.restartSandbox();
     } else if (outage == Outage::NetworkIsGone) {
-        sandbox.setFrozen(true);
+        laboratory.setNetworkGone(true);
         examples::letPass(networkOutage);
-        sandbox.setFrozen(false);
+        laboratory.setNetworkGone(false);
     }
 }
 
@@ -80,7 +80,7 @@ const std::vector<FaultColumn> &allColumns()
         status(503),
         {u"bad certificate"_s, {}, UntrustedCertificate, {}},
         {u"proxy refuses"_s, {}, ProxyRefuses, {}},
-        {u"network gone for 12 s"_s, {}, {}, FaultColumn::Outage::NetworkIsGone},
+        {u"network gone for 10 s"_s, {}, {}, FaultColumn::Outage::NetworkIsGone},
         {u"server killed, restarted"_s, {}, {}, FaultColumn::Outage::ServerCrashes},
     };
     return columns;

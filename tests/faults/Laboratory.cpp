@@ -7,6 +7,7 @@
 #include <atomic>
 
 #include "EventLoop.h"
+#include "api/VLNetworkClient.h"
 #include "language/LanguageOption.h"
 #include "platform/audio/WavAudioPlayer.h"
 #include "platform/audio/WavFile.h"
@@ -15,14 +16,23 @@
 #include "platform/dispatch/MainQueue.h"
 #include "tests/fakes/FakeReachabilitySource.h"
 #include "tests/fakes/MemoryUserDefaults.h"
+#include "tests/platform/network/PrivateNetwork.h"
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 using namespace vynlex;
 
 namespace faults {
 namespace {
 
+constexpr auto reachWorld = "route add default via 192.0.2.1 dev cable"_L1;
 constexpr unsigned loudspeakers = 32; ///< Files, which are written in turn.
+
+void ip(const QString &arguments)
+{
+    if (const QString complaint = PrivateNetwork::ip(arguments); !complaint.isEmpty())
+        qFatal("%s", qPrintable(complaint));
+}
 
 std::unique_ptr<examples::SandboxProcess> startSandbox(const QString &folder)
 {
@@ -77,6 +87,12 @@ private:
 Laboratory::Laboratory()
     : m_ways(std::make_shared<QMap<QString, quint16>>())
 {
+    if (PrivateNetwork::isEntered()) {
+        ip("link set lo up"_L1);
+        m_hasCable = PrivateNetwork::plugInCable();
+        if (m_hasCable)
+            ip(reachWorld);
+    }
     m_sandbox = startSandbox(m_folder.filePath(u"sandbox"_s));
     leadEverythingToTheSandbox();
     installWays();
@@ -90,7 +106,29 @@ Laboratory::Laboratory()
     });
     m_refusingProxy.listen(QHostAddress::LocalHost);
     installPlatform();
+    m_listener = std::make_unique<VLNetworkClient>();
+    m_listener->onNetworkStateChanged = [this](bool isConnected) { m_isReachable = isConnected; };
     m_recording = record();
+}
+
+Laboratory::~Laboratory() = default;
+
+void Laboratory::setNetworkGone(bool gone)
+{
+    if (!PrivateNetwork::isEntered()) {
+        if (gone)
+            qWarning("Without a network of its own: the sandbox stands still instead.");
+        m_sandbox->setFrozen(gone);
+        return;
+    }
+    const auto state = gone ? "down"_L1 : "up"_L1;
+    ip("link set lo "_L1 + state);
+    if (m_hasCable)
+        ip("link set cable "_L1 + state);
+    if (m_hasCable && !gone)
+        ip(reachWorld); // The kernel forgets it with the link.
+    if (m_hasCable && !examples::waitUntil([&] { return m_isReachable != gone; }, 5s))
+        qFatal("The kit does not notice that the network is %s.", gone ? "gone" : "back");
 }
 
 void Laboratory::restartSandbox()
@@ -110,7 +148,8 @@ void Laboratory::installPlatform()
 {
     Platform platform = Platform::shipped();
     platform.userDefaults = std::make_shared<MemoryUserDefaults>();
-    platform.makeReachabilitySource = [] { return FakeNetworkPath().makeSource(); };
+    if (!m_hasCable)
+        platform.makeReachabilitySource = [] { return FakeNetworkPath().makeSource(); };
     const auto contacts = std::make_shared<FakeContactStore>();
     contacts->setContacts({{u"Zoë"_s, u"Pinto"_s, {u"+91 90000-01006"_s}}, {u"Nobody"_s, {}, {u"12345"_s}}});
     platform.contactStore = contacts;

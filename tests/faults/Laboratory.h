@@ -14,6 +14,10 @@
 #include "tests/fakes/CapturedConsole.h"
 #include "tests/fakes/FakeContactStore.h"
 
+namespace vynlex {
+class VLNetworkClient;
+}
+
 namespace faults {
 
 /// The world of one process: a sandbox, the ways to it, and the shipped adapters of the kit, on devices whose
@@ -24,8 +28,12 @@ class Laboratory {
 public:
     /// Ends the process with one clear line when the sandbox does not start.
     Laboratory();
+    ~Laboratory();
 
     examples::SandboxProcess &sandbox() { return *m_sandbox; }
+    /// Nothing gets through while it is gone. Takes down the links of a process that has a network of its own, of which
+    /// the kit is told as of any; elsewhere the sandbox stands still, and nobody is told.
+    void setNetworkGone(bool gone);
     /// After it was killed.
     void restartSandbox();
 
@@ -58,6 +66,9 @@ private:
 
     QTemporaryDir m_folder;
     std::unique_ptr<vynlex::CapturedConsole> m_console = std::make_unique<vynlex::CapturedConsole>();
+    bool m_hasCable = false; ///< The private network has a way into the world, to the kernel's mind.
+    std::unique_ptr<vynlex::VLNetworkClient> m_listener; ///< To whether the network can be reached.
+    bool m_isReachable = false;
     std::unique_ptr<examples::SandboxProcess> m_sandbox;
     std::unique_ptr<examples::SandboxProcess> m_impostor; ///< One whose authority nobody trusts.
     std::shared_ptr<QMap<QString, quint16>> m_ways;       ///< Proxies of hosts; the sandbox's is that of "".

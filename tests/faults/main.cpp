@@ -11,6 +11,7 @@
 #include "tests/faults/FaultTable.h"
 #include "tests/faults/Load.h"
 #include "tests/faults/LongRun.h"
+#include "tests/platform/network/PrivateNetwork.h"
 
 using namespace Qt::StringLiterals;
 using namespace faults;
@@ -77,6 +78,8 @@ std::optional<FaultTable> playAll(const QStringList &columns)
 
 int main(int argc, char **argv)
 {
+    if (argc == 3 && qstrcmp(argv[1], "--one") == 0) // Nobody else notices when its links go down.
+        vynlex::PrivateNetwork::enter(argv);
     QCoreApplication application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(

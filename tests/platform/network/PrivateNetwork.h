@@ -10,8 +10,6 @@
 #include <cstdlib>
 #include <vector>
 
-#include "tests/fakes/Patience.h"
-
 namespace vynlex {
 
 /// A network of the test's own, in which it may do what it likes: nothing but an idle loopback link at first.
@@ -20,7 +18,7 @@ public:
     /// Runs the test program again within one, if the machine allows it. First thing in `main`, before any thread.
     static void enter(char **argv)
     {
-        if (isEntered() || std::system("unshare -rn true 2>/dev/null") != 0)
+        if (isEntered() || std::system("unshare -rn ip link set lo up 2>/dev/null") != 0)
             return;
         setenv(variable, "1", 1);
         char program[] = "unshare";
@@ -43,10 +41,20 @@ public:
         QProcess process;
         process.setProcessChannelMode(QProcess::MergedChannels);
         process.start(QStringLiteral("ip"), arguments.split(u' '));
-        if (!process.waitForFinished(patienceMs))
+        if (!process.waitForFinished())
             return process.errorString();
         const QString output = QString::fromUtf8(process.readAll());
         return process.exitCode() == 0 ? QString() : arguments + QStringLiteral(": ") + output;
+    }
+
+    /// Makes "cable", with an address and no route; its other end is "plug". Whether the machine can.
+    [[nodiscard]] static bool plugInCable()
+    {
+        bool can = isEntered();
+        for (const char *const arguments : {"link add cable type veth peer name plug", "link set plug up",
+                                            "link set cable up", "address add 192.0.2.2/24 dev cable"})
+            can = can && ip(QString::fromLatin1(arguments)).isEmpty();
+        return can;
     }
 
 private:

@@ -178,17 +178,10 @@ private slots:
     }
 
 private:
-    /// A cable with an address and no route; its other end is "plug".
     bool hasCable()
     {
-        if (!PrivateNetwork::isEntered())
-            return false;
-        if (!m_cable) {
-            m_cable = true;
-            for (const QString &arguments : {u"link add cable type veth peer name plug"_qs, u"link set plug up"_qs,
-                                             u"link set cable up"_qs, u"address add 192.0.2.2/24 dev cable"_qs})
-                m_cable = *m_cable && PrivateNetwork::ip(arguments).isEmpty();
-        }
+        if (!m_cable)
+            m_cable = PrivateNetwork::plugInCable();
         return *m_cable;
     }
 
