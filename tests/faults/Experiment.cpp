@@ -48,9 +48,12 @@ private:
     {
         m_findings.complaints << u"%1, %2: %3."_s.arg(row.name, m_column.name, what);
     }
-    [[nodiscard]] bool mayFail(FaultRow *row) const
+    /// The ways out are those of a host, which rows may share.
+    [[nodiscard]] bool mayFail(const FaultRow *row) const
     {
-        return m_column.outage || std::ranges::find(m_failing, row) != m_failing.end();
+        return m_column.outage || std::ranges::any_of(m_failing, [&](const FaultRow *failing) {
+                   return failing == row || (m_column.wayOut && failing->host == row->host);
+               });
     }
 
     void act()
