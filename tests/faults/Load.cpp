@@ -26,8 +26,7 @@ namespace {
 constexpr int pairs = 21; ///< Of people who write to each other: 1 and 2, 3 and 4, ...
 constexpr int sockets = 200;
 constexpr auto betweenMessages = 20ms;
-constexpr int shortestLifeMs = 3'000; ///< Of the sandbox, which is killed some time after that.
-constexpr int longestLifeMs = 15'000;
+constexpr int longestLifeMs = 15'000; ///< Of the sandbox, which is killed by then; in a short run by its middle.
 constexpr auto limit = 60s;
 
 /// One of two who write to each other.
@@ -65,6 +64,8 @@ public:
 
     void run(std::chrono::seconds length)
     {
+        const auto longestLife =
+            static_cast<int>(std::min<qint64>(longestLifeMs, std::chrono::milliseconds(length).count() / 2));
         QTimer writing;
         QObject::connect(&writing, &QTimer::timeout, [this] { write(); });
         QElapsedTimer clock;
@@ -73,7 +74,7 @@ public:
             openSockets();
             writing.start(betweenMessages);
             const std::chrono::milliseconds life(
-                std::uniform_int_distribution<int>(shortestLifeMs, longestLifeMs)(m_random));
+                std::uniform_int_distribution<int>(longestLife / 5, longestLife)(m_random));
             examples::letPass(life);
             m_laboratory.sandbox().kill();
             ++m_kills;
