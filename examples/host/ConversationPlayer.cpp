@@ -140,7 +140,7 @@ tl::expected<void, QString> ConversationPlayer::listen(const Half &half, const Q
         return failure(said.error());
     if (pictures == Pictures::OfTheResult)
         half.pressMicrophone();
-    if (const auto pressed = m_hand.outcome(); !pressed)
+    if (auto pressed = m_hand.outcome(); !pressed)
         return pressed;
     if (waitUntil([&] { return !half.isListening(); }, serviceLimit))
         return {};
@@ -171,7 +171,7 @@ tl::expected<void, QString> ConversationPlayer::readAloud(const Half &half, cons
 tl::expected<void, QString> ConversationPlayer::playMisunderstanding(Side side, const QString &wavFile)
 {
     const Half own = half(side);
-    if (const auto heard = listen(own, wavFile, {}, Pictures::OfTheResult); !heard)
+    if (auto heard = listen(own, wavFile, {}, Pictures::OfTheResult); !heard)
         return heard;
     m_stage.settle();
     if (own.showsText())

@@ -44,7 +44,7 @@ ChatPlayer::ChatPlayer(const Person &person, Props &props)
 
 tl::expected<void, QString> ChatPlayer::open(const Person &partner, Past past)
 {
-    if (const auto there = m_hand.outcome(); !there)
+    if (auto there = m_hand.outcome(); !there)
         return there;
     m_home.openChat(partner.user.name);
     if (m_hand.isAtWork())
