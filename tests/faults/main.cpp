@@ -20,7 +20,7 @@ namespace {
 
 constexpr int atOnce = 6; ///< Programs; they mostly wait.
 
-QTextStream &err()
+QTextStream &errors()
 {
     static QTextStream stream(stderr);
     return stream;
@@ -38,7 +38,7 @@ int playOne(const FaultColumn &column)
     }
     QTextStream(stdout) << findings.cells.join(u'\n') << '\n';
     for (const QString &complaint : findings.complaints)
-        err() << complaint << '\n';
+        errors() << complaint << '\n';
     return findings.complaints.isEmpty() ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
@@ -67,7 +67,7 @@ std::optional<FaultTable> playAll(const QStringList &columns)
         for (const QString &line : QString::fromUtf8(process.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts))
             table.set(column, line.section(u'\t', 0, 0), line.section(u'\t', 1));
         const bool well = process.exitStatus() == QProcess::NormalExit && process.exitCode() == EXIT_SUCCESS;
-        err() << column << (well ? ": as it is to be" : ": NOT as it is to be") << Qt::endl;
+        errors() << column << (well ? ": as it is to be" : ": NOT as it is to be") << Qt::endl;
         allIsWell = allIsWell && well;
         running.erase(ended);
     }
@@ -109,7 +109,7 @@ int main(int argc, char **argv)
     for (const QString &name : std::as_const(names)) {
         const auto column = std::ranges::find(allColumns(), name, &FaultColumn::name);
         if (column == allColumns().end()) {
-            err() << "There is no fault \"" << name << "\".\n";
+            errors() << "There is no fault \"" << name << "\".\n";
             return 2;
         }
         if (parser.isSet(u"one"_s))
@@ -127,6 +127,6 @@ int main(int argc, char **argv)
     else
         QTextStream(stdout) << table->markdown();
     if (!problem.isEmpty())
-        err() << problem << '\n';
+        errors() << problem << '\n';
     return problem.isEmpty() ? EXIT_SUCCESS : EXIT_FAILURE;
 }
