@@ -171,7 +171,7 @@ const std::vector<Scene<ChatStage>> &ChatStage::scenes()
          }},
         {u"chat-long-names"_s,
          [](auto &stage) {
-             stage.open(u"Venkatanarasimharajuvaripeta Subrahmanyam Chandrasekharan"_s);
+             stage.open(longName);
              return stage.talk(8);
          }},
         {u"chat-indic-names"_s, inEveryScript},

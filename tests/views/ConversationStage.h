@@ -13,21 +13,20 @@ namespace vynlex {
 /// The conversation screen on a stage.
 class ConversationStage : public ScreenStage {
 public:
+    /// Between English and Hindi.
     explicit ConversationStage(const DeviceShape &shape);
     ~ConversationStage();
 
     [[nodiscard]] static const std::vector<Scene<ConversationStage>> &scenes();
 
+    /// Opens the screen anew.
+    bool openIn(LanguageOption speaker, LanguageOption listener);
     /// Presses a side's microphone by finger and waits until the screen listens.
     bool listen(Side side);
     /// The side says `text`, which is recognised and on its way to the translator.
     bool say(Side side, const QString &text);
     /// The translator answers its last request.
     void translate(const QString &text);
-    /// Waits until nothing slides or springs any more.
-    bool settle();
-    /// Presses the visible control of this name, a row of the picker even when it has to scroll into sight first.
-    bool press(const QString &name);
 
     std::shared_ptr<ConversationTranslateVC> screen;
 };

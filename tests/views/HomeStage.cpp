@@ -20,8 +20,6 @@ const QStringList friends{u"Asha Rao"_s,   u"Brian Fernandes"_s, u"Charu Mehta"_
 const QStringList inEveryScript{u"आशा राव"_s,        u"ઐશ્વર્યા પટેલ"_s,   u"श्रीकृष्ण कुलकर्णी"_s,
                                 u"রবীন্দ্রনাথ ঠাকুর"_s, u"వేంకట సుబ్బారావు"_s, u"Ágnes Őry"_s};
 
-const QString longName = u"Venkatanarasimharajuvaripeta Subrahmanyam Chandrasekharan"_s;
-
 bool showsNote(HomeStage &stage, const QString &words)
 {
     return eventually([&] {
@@ -104,14 +102,6 @@ void HomeStage::type(const QString &text)
 {
     for (const QChar letter : text)
         QTest::keyClick(&window, letter.toLatin1());
-}
-
-bool HomeStage::settle()
-{
-    return eventually([&] {
-        const auto *const picker = screen->languageSelectionView();
-        return isAtRest(picker ? picker->titleLabel->text() : QString());
-    });
 }
 
 bool HomeStage::isEditing() const

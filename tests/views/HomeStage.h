@@ -30,8 +30,6 @@ public:
     bool searchFor(const QString &text);
     /// Letters of the English alphabet, into what has the keyboard.
     void type(const QString &text);
-    /// Waits until nothing slides or springs any more.
-    bool settle();
     /// Whether the field of the search has the keyboard.
     [[nodiscard]] bool isEditing() const;
     /// The rows in sight whose people can be called, in the order of the list.

@@ -1,7 +1,6 @@
 #include "tests/views/ScreenStage.h"
 #include "tests/fakes/Secrets.h"
 
-#include <QAccessible>
 #include <QQuickItem>
 #include <QTest>
 
@@ -18,6 +17,7 @@ const std::vector<DeviceShape> &deviceShapes()
         {u"phone"_s, {390, 844}, 1, {0, 47, 0, 34}},
 #ifndef __SANITIZE_ADDRESS__ // Layouts differ from device to device, what is allocated for them does not.
         {u"small-phone"_s, {320, 568}, 1, {0, 20, 0, 0}},
+        {u"small-phone-lying"_s, {568, 320}, 1, {}},
         {u"tablet"_s, {768, 1024}, 1, {0, 24, 0, 20}},
         {u"landscape"_s, {844, 390}, 1, {47, 0, 47, 21}},
         {u"large-type"_s, {390, 844}, 2, {0, 47, 0, 34}},
@@ -64,15 +64,7 @@ void ScreenStage::resize(const QSize &size)
 
 bool ScreenStage::settle()
 {
-    return eventually([&] { return isAtRest(); });
-}
-
-bool ScreenStage::isAtRest(const QString &sheet) const
-{
-    if (m_host->isMoving() || sheet.isEmpty())
-        return !m_host->isMoving();
-    QQuickItem *const view = probe.named(sheet);
-    return view && !view->property("moving").toBool();
+    return eventually([&] { return !m_host->isMoving() && !probe.moves(); });
 }
 
 bool ScreenStage::press(const QString &name)
@@ -81,13 +73,6 @@ bool ScreenStage::press(const QString &name)
     if (control)
         probe.tap(*control);
     return control;
-}
-
-QString ScreenStage::pressKey(Qt::Key key)
-{
-    QTest::keyClick(&window, key);
-    QQuickItem *const focused = window.activeFocusItem();
-    return focused ? QAccessible::queryAccessibleInterface(focused)->text(QAccessible::Name) : QString();
 }
 
 } // namespace vynlex

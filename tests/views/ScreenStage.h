@@ -30,16 +30,20 @@ struct DeviceShape {
 
 [[nodiscard]] const std::vector<DeviceShape> &deviceShapes();
 
+/// So long that it may be cut off.
+inline const QString longName = QStringLiteral("Venkatanarasimharajuvaripeta Subrahmanyam Chandrasekharan");
+
 /// A moment of a screen worth looking at, and how it comes about on `Stage`. `play` says whether it came about.
 template<typename Stage> struct Scene {
     QString name;
     std::function<bool(Stage &)> play;
 };
 
-/// One of a stage's scenes; there must be such a one.
-template<typename Stage> const Scene<Stage> &sceneNamed(const QString &name)
+/// Plays the stage's moment of this name; false when there is none, or it does not come about.
+template<typename Stage> bool play(Stage &stage, const QString &name)
 {
-    return *std::ranges::find(Stage::scenes(), name, &Scene<Stage>::name);
+    const auto scene = std::ranges::find(Stage::scenes(), name, &Scene<Stage>::name);
+    return scene != Stage::scenes().end() && scene->play(stage);
 }
 
 /// A screen in a window of its own, over the whole of the kit's code and a device made of fakes.
@@ -47,12 +51,10 @@ template<typename Stage> const Scene<Stage> &sceneNamed(const QString &name)
 /// One at a time, on the main thread. The font scale is back to 1 when it goes.
 class ScreenStage {
 public:
-    /// Waits until nothing slides any more.
+    /// Waits until nothing slides, springs or scrolls any more.
     bool settle();
     /// Presses the visible control of this name. False when there is none.
     bool press(const QString &name);
-    /// Presses a key, and tells what has the focus then by its accessible name; nothing when nothing has it.
-    QString pressKey(Qt::Key key);
 
     /// The window, and the screen in it, become as large as that.
     void resize(const QSize &size);
@@ -68,8 +70,6 @@ protected:
     explicit ScreenStage(const DeviceShape &shape);
     ~ScreenStage();
 
-    /// Nothing slides; and the sheet with this title, if there is a title, does not spring.
-    [[nodiscard]] bool isAtRest(const QString &sheet = {}) const;
     /// Takes the views away, which read from the screens.
     void clear();
 

@@ -216,7 +216,14 @@ void ViewProbe::pressByAssistiveTool(QQuickItem &item) const
     accessible(item)->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
 }
 
-QStringList ViewProbe::faults() const
+bool ViewProbe::moves() const
+{
+    bool moves = false;
+    visit(*m_window.contentItem(), [&](QQuickItem &item) { moves |= item.property("moving").toBool(); });
+    return moves;
+}
+
+QStringList ViewProbe::faults(const QMarginsF &safeArea) const
 {
     std::vector<QQuickItem *> controls;
     std::vector<QQuickItem *> texts;
@@ -228,6 +235,7 @@ QStringList ViewProbe::faults() const
     });
 
     const QRectF window(QPointF(), m_window.size());
+    const QRectF safe = window.marginsRemoved(safeArea);
     QStringList faults;
     for (std::size_t index = 0; index < controls.size(); ++index) {
         QQuickItem &control = *controls[index];
@@ -244,8 +252,8 @@ QStringList ViewProbe::faults() const
             faults.append(u"not to be pressed by an assistive tool: %1"_s.arg(name));
         if (!isToldItsPlace(control))
             faults.append(u"elsewhere for an assistive tool: %1"_s.arg(name));
-        if (!scrollingParent(control) && !window.contains(place))
-            faults.append(u"outside the window: %1"_s.arg(name));
+        if (!scrollingParent(control) && !safe.contains(place))
+            faults.append(u"outside the safe area: %1"_s.arg(name));
         for (std::size_t other = index + 1; other < controls.size(); ++other) {
             if (overlap(place, reach(*controls[other])))
                 faults.append(u"one over the other: %1, %2"_s.arg(name, accessibleName(*controls[other])));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QImage>
+#include <QMarginsF>
 #include <QRect>
 #include <QString>
 #include <QStringList>
@@ -36,10 +37,13 @@ public:
     void drag(QPoint from, QPoint by) const;
     void pressByAssistiveTool(QQuickItem &item) const;
 
+    /// Whether something slides, springs or scrolls.
+    [[nodiscard]] bool moves() const;
+
     /// A sentence for each fault: a control without a name, smaller than 44 points, out of reach of keyboard or
-    /// assistive tool, elsewhere for such a tool, outside the window, or over another; a text that is cut off or lies
-    /// under a control.
-    [[nodiscard]] QStringList faults() const;
+    /// assistive tool, elsewhere for such a tool, outside the safe area, or over another; a text that is cut off, lies
+    /// outside the window or under a control.
+    [[nodiscard]] QStringList faults(const QMarginsF &safeArea = {}) const;
 
 private:
     QQuickWindow &m_window;

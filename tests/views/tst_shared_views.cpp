@@ -237,10 +237,6 @@ private slots:
 
 template struct vynlex::InSuite<SharedViewsTest>;
 
-int main(int argc, char **argv)
-{
-    const QGuiApplication application(argc, argv);
-    return runSuite(argc, argv);
-}
+SUITE_MAIN(QGuiApplication)
 
 #include "tst_shared_views.moc"

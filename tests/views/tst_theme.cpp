@@ -1,7 +1,6 @@
 #include "platform/ui/KitFont.h"
 
 #include <QColor>
-#include <QFile>
 #include <QFontInfo>
 #include <QQmlComponent>
 #include <QQmlEngine>
@@ -98,25 +97,6 @@ private slots:
     {
         const auto [text, face] = currentRow<QString, QString>();
         QCOMPARE(QFontInfo(fontOf(text)).family(), face);
-    }
-
-    void everyPictureIsInTheLibrary_data()
-    {
-        QTest::addColumn<QString>("name");
-        constexpr auto names = "micButton micStopButton playButton pauseButton cross radioButton_Unselected "
-                               "radioButton_Selected conversionButton infoButton backButton chevronDown notify_icon "
-                               "magnifier person translate_icon home_bottom_transition call_home voice_home back "
-                               "micWhite pauseIcon sendMessage "
-                               "mic_recording deleteButton normalAudioWave completedAudioWave audioWave audioPlayIcon "
-                               "chatAudioPlayButton chatSelfPlayButton playButtonForParticipant";
-        for (const QByteArray &name : QByteArray(names).split(' '))
-            QTest::newRow(name.constData()) << QString::fromLatin1(name);
-    }
-    void everyPictureIsInTheLibrary()
-    {
-        QFETCH(QString, name);
-        const QImage picture(QStringLiteral(":/VynlexTranslationSDK/images/%1.svg").arg(name));
-        QVERIFY(!picture.isNull());
     }
 
 private:
