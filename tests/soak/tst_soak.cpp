@@ -1,4 +1,5 @@
 #include <QTest>
+#include <QTestEventLoop>
 
 #include <atomic>
 #include <filesystem>
@@ -6,6 +7,7 @@
 
 #include "api/VLApiManager.h"
 #include "chat/ChatViewModel.h"
+#include "chat/VLWebSocketManager.h"
 #include "language/LanguageTranslation.h"
 #include "platform/dispatch/GlobalQueue.h"
 #include "platform/speech/CloudSpeechService.h"
@@ -62,8 +64,8 @@ private slots:
             --m_connections;
         });
         m_fakes = std::make_unique<TestPlatform>();
+        connectTo(*m_server);
         Platform platform = *Platform::current();
-        platform.socketWorker = TappedSockets::toLoopback(m_server->port());
         platform.makeAudioPlayer = [] { return std::make_unique<SilentPlayer>(); };
         platform.speechService = std::make_shared<CloudSpeechService>(platform.socketWorker, platform.makeAudioPlayer);
         Platform::install(std::move(platform));
@@ -127,8 +129,53 @@ private slots:
         });
     }
 
+    void connectionsThatAreLostLeaveNothing()
+    {
+        const LocalServer server([this](Peer &peer) { hearAcknowledgements(peer); });
+        connectTo(server);
+        VLWebSocketManager session(VLApiServer::demo, secrets::jwt);
+        session.isConnectedToNetwork = true;
+        session.isUserJoinedMeeting = true;
+        QTestEventLoop loop; // which, unlike waiting for a condition, does not sleep between events
+        session.onNewChatMessage = [&](const VLChatMessage &) { loop.exitLoop(); };
+        session.connect();
+        repeat(64, [&](int) {
+            loop.enterLoopMSecs(patienceMs);
+            QVERIFY(!loop.timeout());
+        });
+        QCOMPARE(m_wrong.copy(), QByteArrayList());
+        QVERIFY(session.pendingRequests.empty());
+        QVERIFY(m_fakes->clock->runningTimers() <= 1U);
+    }
+
 private:
     static constexpr int times = 1000;
+
+    static void connectTo(const LocalServer &server)
+    {
+        Platform platform = *Platform::current();
+        platform.socketWorker = TappedSockets::toLoopback(server.port());
+        Platform::install(std::move(platform));
+    }
+
+    /// Sends ten messages, of which the last is one of the chat, and resets the connection once all are acknowledged.
+    void hearAcknowledgements(Peer &peer)
+    {
+        upgrade(peer);
+        QByteArrayList words{"\"login\""};
+        for (int i = 0; i < 9; ++i) {
+            words << "\"number " + QByteArray::number(i) + '"';
+            peer.write(frame(TextFrame, "{\"event\":" + words.last() + "}"));
+        }
+        words << "\"chatMessage\"";
+        peer.write(frame(TextFrame, "{\"event\":\"chatMessage\",\"data\":{\"_id\":\"m\",\"threadId\":\"T\"}}"));
+        for (const QByteArray &word : words) {
+            const Frame received = readFrame(peer);
+            if (received.opcode != -1 && (received.opcode != BinaryFrame || !received.payload.contains(word)))
+                m_wrong.with([&](QByteArrayList &all) { all << word + " is not in " + received.payload; });
+        }
+        peer.resetAtEnd();
+    }
 
     /// Every eighth time lets the conversation with the service begin, so that it is ended at different stages.
     void meet(int i)
@@ -170,6 +217,7 @@ private:
     std::atomic<int> m_connections = 0; ///< that stand
     std::atomic<int> m_meetings = 0;
     int m_earlierMeetings = 0;
+    Guarded<QByteArrayList> m_wrong;
     std::unique_ptr<LocalServer> m_server;
     std::unique_ptr<TestPlatform> m_fakes;
     std::unique_ptr<VLApiManager> m_api;
