@@ -3,25 +3,63 @@
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QMultiMap>
 #include <QRegularExpression>
 
 #include <cmath>
+#include <map>
 #include <optional>
 
 namespace vynlex {
-
 namespace {
-
-bool matches(const QString &pattern, const QString &text)
-{
-    return QRegularExpression(pattern).match(text).hasMatch();
-}
 
 QString shown(const QJsonValue &value)
 {
     const QByteArray json = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
     return QString::fromUtf8(json.mid(1, json.size() - 2));
 }
+
+bool isOfType(const QJsonValue &value, const QJsonValue &type)
+{
+    if (type == "integer")
+        return value.isDouble() && std::floor(value.toDouble()) == value.toDouble();
+    return (type == "number" && value.isDouble()) || (type == "string" && value.isString()) ||
+           (type == "boolean" && value.isBool()) || (type == "array" && value.isArray()) ||
+           (type == "object" && value.isObject());
+}
+
+bool areUnique(const QVariantList &elements)
+{
+    return std::ranges::all_of(elements, [&](const QVariant &element) { return elements.count(element) == 1; });
+}
+
+qsizetype lengthOf(const QJsonValue &text)
+{
+    return text.toString().toUcs4().size();
+}
+
+/// What a keyword of a schema asks of a value of the schema's type. Those without a function are looked at elsewhere.
+using Holds = bool (*)(const QJsonValue &value, const QJsonValue &limit);
+const std::map<QString, Holds> keywords{
+    {"enum", [](auto &value, auto &limit) { return limit.toArray().contains(value); }},
+    {"minimum", [](auto &value, auto &limit) { return value.toDouble() >= limit.toDouble(); }},
+    {"maximum", [](auto &value, auto &limit) { return value.toDouble() <= limit.toDouble(); }},
+    {"minLength", [](auto &value, auto &limit) { return lengthOf(value) >= limit.toInteger(); }},
+    {"maxLength", [](auto &value, auto &limit) { return lengthOf(value) <= limit.toInteger(); }},
+    {"pattern",
+     [](auto &value, auto &limit) { return value.toString().contains(QRegularExpression(limit.toString())); }},
+    {"minItems", [](auto &value, auto &limit) { return value.toArray().size() >= limit.toInteger(); }},
+    {"maxItems", [](auto &value, auto &limit) { return value.toArray().size() <= limit.toInteger(); }},
+    {"uniqueItems",
+     [](auto &value, auto &limit) { return !limit.toBool() || areUnique(value.toArray().toVariantList()); }},
+    {"type", nullptr},
+    {"items", nullptr},
+    {"properties", nullptr},
+    {"required", nullptr},
+    {"additionalProperties", nullptr},
+    {"description", nullptr},
+    {"default", nullptr},
+};
 
 class Schemas {
 public:
@@ -32,14 +70,11 @@ public:
 
     [[nodiscard]] QJsonObject resolved(const QJsonValue &value) const
     {
-        const QJsonObject object = value.toObject();
-        const QString reference = object["$ref"].toString();
+        const QString reference = value["$ref"].toString();
         if (reference.isEmpty())
-            return object;
-        if (!reference.startsWith("#/"))
-            qFatal("not a local reference: %s", qPrintable(reference));
+            return value.toObject();
         QJsonValue found = m_document;
-        for (const QString &step : reference.mid(2).split('/'))
+        for (const QString &step : reference.split('/').mid(1)) // behind the "#"
             found = found[step];
         if (!found.isObject())
             qFatal("no such reference: %s", qPrintable(reference));
@@ -50,102 +85,42 @@ public:
                QStringList &violations) const
     {
         const QJsonObject schema = resolved(schemaOrReference);
-        refuseUnknownKeywords(schema);
         if (schema.contains("oneOf"))
             return checkOneOf(value, schema["oneOf"].toArray(), place, violations);
-
-        const QString type = schema["type"].toString();
-        if (!isOfType(value, type)) {
-            violations << place + ": expected " + type + ", found " + shown(value);
+        if (!isOfType(value, schema["type"])) {
+            violations << place + ": expected " + shown(schema["type"]) + ", found " + shown(value);
             return;
         }
-        const auto complain = [&](const QString &what) { violations << place + ": " + shown(value) + " " + what; };
-        if (schema.contains("enum") && !schema["enum"].toArray().contains(value))
-            complain("is none of " + shown(schema["enum"]));
-        if (value.isDouble())
-            checkRange(value.toDouble(), schema, "minimum", "maximum", complain);
-        if (value.isString()) {
-            const QString text = value.toString();
-            checkRange(static_cast<double>(text.toUcs4().size()), schema, "minLength", "maxLength", complain);
-            if (schema.contains("pattern") && !matches(schema["pattern"].toString(), text))
-                complain("does not match " + schema["pattern"].toString());
+        for (auto it = schema.begin(); it != schema.end(); ++it) {
+            const auto keyword = keywords.find(it.key());
+            if (keyword == keywords.end())
+                qFatal("a schema uses \"%s\", which the checker does not know", qPrintable(it.key()));
+            if (keyword->second && !keyword->second(value, it.value()))
+                violations << place + ": " + shown(value) + " is against " + it.key() + " " + shown(it.value());
         }
-        if (value.isArray())
-            checkArray(value.toArray(), schema, place, violations);
-        if (value.isObject())
-            checkObject(value.toObject(), schema, place, violations);
+        const QJsonArray array = value.toArray();
+        for (qsizetype i = 0; i < array.size(); ++i)
+            check(array[i], schema["items"], place + "[" + QString::number(i) + "]", violations);
+        checkMembers(value.toObject(), schema, place, violations);
     }
 
 private:
-    static void refuseUnknownKeywords(const QJsonObject &schema)
-    {
-        static const QStringList known{
-            "type",     "enum",       "oneOf",       "required",    "items",   "minimum",
-            "maximum",  "properties", "minLength",   "maxLength",   "pattern", "additionalProperties",
-            "minItems", "maxItems",   "uniqueItems", "description", "default"};
-        for (const QString &keyword : schema.keys()) {
-            if (!known.contains(keyword))
-                qFatal("a schema uses \"%s\", which the checker does not know", qPrintable(keyword));
-        }
-        if (!schema.contains("type") && !schema.contains("oneOf"))
-            qFatal("a schema has no type");
-        if (schema.contains("additionalProperties") && !schema["additionalProperties"].isBool())
-            qFatal("additionalProperties other than true and false are not known to the checker");
-    }
-
-    static bool isOfType(const QJsonValue &value, const QString &type)
-    {
-        if (type == "integer")
-            return value.isDouble() && std::floor(value.toDouble()) == value.toDouble();
-        return (type == "number" && value.isDouble()) || (type == "string" && value.isString()) ||
-               (type == "boolean" && value.isBool()) || (type == "array" && value.isArray()) ||
-               (type == "object" && value.isObject());
-    }
-
-    template<class Complain>
-    static void checkRange(double size, const QJsonObject &schema, const QString &least, const QString &most,
-                           const Complain &complain)
-    {
-        if (schema.contains(least) && size < schema[least].toDouble())
-            complain("is below the " + least + " of " + shown(schema[least]));
-        if (schema.contains(most) && size > schema[most].toDouble())
-            complain("is above the " + most + " of " + shown(schema[most]));
-    }
-
-    void checkOneOf(const QJsonValue &value, const QJsonArray &choices, const QString &place,
+    void checkOneOf(const QJsonValue &value, const QJsonArray &forms, const QString &place,
                     QStringList &violations) const
     {
         QStringList reasons;
-        int fitting = 0;
-        for (const auto choice : choices) {
+        for (const auto form : forms) {
             QStringList mismatches;
-            check(value, choice, place, mismatches);
-            if (mismatches.isEmpty())
-                ++fitting;
-            else
-                reasons << mismatches.first();
+            check(value, form, place, mismatches);
+            reasons << mismatches.mid(0, 1);
         }
+        const qsizetype fitting = forms.size() - reasons.size();
         if (fitting != 1)
             violations << place + ": fits " + QString::number(fitting) + " of the forms (" + reasons.join("; ") + ")";
     }
 
-    void checkArray(const QJsonArray &array, const QJsonObject &schema, const QString &place,
-                    QStringList &violations) const
-    {
-        const auto complain = [&](const QString &what) { violations << place + ": its length " + what; };
-        checkRange(static_cast<double>(array.size()), schema, "minItems", "maxItems", complain);
-        for (qsizetype i = 0; i < array.size(); ++i) {
-            const QString element = place + "[" + QString::number(i) + "]";
-            check(array[i], schema["items"], element, violations);
-            for (qsizetype j = 0; schema["uniqueItems"].toBool() && j < i; ++j) {
-                if (array[j] == array[i])
-                    violations << element + ": stands there twice";
-            }
-        }
-    }
-
-    void checkObject(const QJsonObject &object, const QJsonObject &schema, const QString &place,
-                     QStringList &violations) const
+    void checkMembers(const QJsonObject &object, const QJsonObject &schema, const QString &place,
+                      QStringList &violations) const
     {
         for (const auto key : schema["required"].toArray()) {
             if (!object.contains(key.toString()))
@@ -167,56 +142,44 @@ private:
 /// The value that a text stands for, as in a header or a query; a text that is none stays one and fails its type.
 QJsonValue fromText(const QString &text, const QJsonObject &schema, const Schemas &schemas)
 {
-    const QString type = schema["type"].toString();
-    if (type == "array") {
+    if (schema["type"] == "array") {
         QJsonArray elements;
         for (const QString &element : text.split(','))
             elements << fromText(element, schemas.resolved(schema["items"]), schemas);
         return elements;
     }
-    if (type == "integer" && matches("^-?[0-9]{1,15}$", text))
-        return text.toLongLong();
-    return text;
+    bool isNumber = false;
+    const qlonglong number = text.toLongLong(&isNumber);
+    return schema["type"] == "integer" && isNumber ? QJsonValue(number) : QJsonValue(text);
 }
 
 struct Operation {
     QJsonObject record;
-    QList<QJsonObject> parameters;
-    QHash<QString, QString> pathValues;
+    QJsonArray parameters;
+    QRegularExpressionMatch path;
 };
 
-std::optional<Operation> findOperation(const QJsonObject &document, const QString &basePath, const QByteArray &method,
-                                       const QString &path, QStringList &violations)
+std::optional<Operation> findOperation(const QJsonObject &document, const QByteArray &method, const QString &path,
+                                       QStringList &violations)
 {
-    const Schemas schemas(document);
+    static const QRegularExpression parameter("\\{(\\w+)\\}");
+    const QString basePath = '/' + document["servers"][0]["url"].toString().section('/', 3);
     const QJsonObject paths = document["paths"].toObject();
     for (auto it = paths.begin(); it != paths.end(); ++it) {
-        const QStringList expected = (basePath + it.key()).split('/');
-        const QStringList found = path.split('/');
-        if (expected.size() != found.size())
-            continue;
-        Operation operation;
-        bool same = true;
-        for (qsizetype i = 0; i < expected.size() && same; ++i) {
-            if (expected[i].startsWith('{'))
-                operation.pathValues[expected[i].mid(1, expected[i].size() - 2)] = found[i];
-            else
-                same = expected[i] == found[i];
-        }
-        if (!same)
+        const QRegularExpression form('^' + basePath + it.key().replace(parameter, "(?<\\1>[^/]*)") + '$');
+        const auto match = form.match(path);
+        if (!match.hasMatch())
             continue;
         const QJsonObject item = it.value().toObject();
-        const QString verb = QString::fromLatin1(method);
-        if (verb != verb.toUpper() || !item.contains(verb.toLower())) {
-            violations << "method: " + verb + " is not in the document for " + it.key();
-            return std::nullopt;
+        const QJsonObject record = item[QString::fromLatin1(method).toLower()].toObject();
+        if (!record.isEmpty()) {
+            QJsonArray parameters = item["parameters"].toArray();
+            for (const auto own : record["parameters"].toArray())
+                parameters << own;
+            return Operation{record, parameters, match};
         }
-        operation.record = item[verb.toLower()].toObject();
-        for (const QJsonArray &list : {item["parameters"].toArray(), operation.record["parameters"].toArray()}) {
-            for (const auto parameter : list)
-                operation.parameters << schemas.resolved(parameter);
-        }
-        return operation;
+        violations << "method: " + QString::fromLatin1(method) + " is not in the document for " + it.key();
+        return std::nullopt;
     }
     violations << "path: " + path + " is not in the document";
     return std::nullopt;
@@ -226,12 +189,11 @@ void checkJson(const QByteArray &body, const QJsonValue &schema, const Schemas &
 {
     QJsonParseError error;
     const QJsonDocument json = QJsonDocument::fromJson(body, &error);
-    if (json.isNull()) {
+    if (json.isNull())
         violations << "body: not a JSON object or array: " + error.errorString();
-        return;
-    }
-    const QJsonValue value = json.isArray() ? QJsonValue(json.array()) : QJsonValue(json.object());
-    schemas.check(value, schema, "body", violations);
+    else
+        schemas.check(json.isArray() ? QJsonValue(json.array()) : QJsonValue(json.object()), schema, "body",
+                      violations);
 }
 
 QJsonValue jsonSchema(const QJsonObject &holder)
@@ -239,26 +201,7 @@ QJsonValue jsonSchema(const QJsonObject &holder)
     return holder["content"]["application/json"]["schema"];
 }
 
-std::optional<QString> headerNamed(const OpenApiContract::Headers &headers, const QString &name)
-{
-    for (const auto &[key, value] : headers) {
-        if (name.compare(QString::fromLatin1(key), Qt::CaseInsensitive) == 0)
-            return QString::fromUtf8(value);
-    }
-    return std::nullopt;
-}
-
 } // namespace
-
-OpenApiContract::OpenApiContract(QJsonObject document)
-    : m_document(std::move(document))
-    , m_basePath(m_document["servers"][0]["url"].toString().section('/', 3))
-{
-    if (!m_document["openapi"].toString().startsWith("3.0."))
-        qFatal("not an OpenAPI 3.0 document");
-    if (!m_basePath.isEmpty())
-        m_basePath.prepend('/');
-}
 
 OpenApiContract OpenApiContract::ofConfera()
 {
@@ -267,8 +210,8 @@ OpenApiContract OpenApiContract::ofConfera()
     if (!file.open(QIODevice::ReadOnly))
         qFatal("%s: %s", VYNLEX_CONFERA_API, qPrintable(file.errorString()));
     const auto document = QJsonDocument::fromJson(file.readAll(), &error);
-    if (!document.isObject())
-        qFatal("%s: %s at %d", VYNLEX_CONFERA_API, qPrintable(error.errorString()), error.offset);
+    if (!document.object()["openapi"].toString().startsWith("3.0."))
+        qFatal("%s: no OpenAPI 3.0 document: %s", VYNLEX_CONFERA_API, qPrintable(error.errorString()));
     return OpenApiContract(document.object());
 }
 
@@ -277,28 +220,37 @@ QStringList OpenApiContract::violationsOfRequest(const QByteArray &method, const
 {
     QStringList violations;
     const Schemas schemas(m_document);
-    const auto operation = findOperation(m_document, m_basePath, method, path, violations);
+    auto operation = findOperation(m_document, method, path, violations);
     if (!operation)
         return violations;
 
-    QStringList knownInQuery;
-    for (const QJsonObject &parameter : operation->parameters) {
-        const QString name = parameter["name"].toString();
-        const QString in = parameter["in"].toString();
-        QStringList found;
-        if (in == "query") {
-            knownInQuery << name;
-            for (const auto &[key, value] : query) {
-                if (key == name)
-                    found << value;
-            }
-        } else if (in == "header") {
-            if (const auto value = headerNamed(headers, name))
-                found << *value;
-        } else {
-            found << operation->pathValues[name];
+    QMultiMap<QString, QString> given; // by place
+    for (const auto &[name, value] : headers)
+        given.insert("header " + QString::fromLatin1(name).toLower(), QString::fromUtf8(value));
+    for (const auto &[name, value] : query)
+        given.insert("query " + name, value);
+    for (const QString &name : operation->path.regularExpression().namedCaptureGroups().mid(1))
+        given.insert("path " + name, operation->path.captured(name));
+
+    // A key is one more header, which the document describes elsewhere.
+    const bool hasOwnSecurity = operation->record.contains("security");
+    for (const auto requirement : (hasOwnSecurity ? operation->record["security"] : m_document["security"]).toArray()) {
+        for (const QString &scheme : requirement.toObject().keys()) {
+            const QJsonValue key = m_document["components"]["securitySchemes"][scheme];
+            operation->parameters << QJsonObject{
+                {"in", key["in"]},
+                {"name", key["name"]},
+                {"required", true},
+                {"schema", QJsonObject{{"type", "string"}, {"pattern", key["x-pattern"]}}}};
         }
-        const QString place = in + " " + name;
+    }
+    for (const auto parameterOrReference : operation->parameters) {
+        const QJsonObject parameter = schemas.resolved(parameterOrReference);
+        const QString in = parameter["in"].toString();
+        const QString name = parameter["name"].toString();
+        const QString place = in + ' ' + (in == "header" ? name.toLower() : name);
+        const QStringList found = given.values(place);
+        given.remove(place);
         if (found.isEmpty() && parameter["required"].toBool())
             violations << place + ": is missing";
         if (found.size() > 1)
@@ -307,23 +259,9 @@ QStringList OpenApiContract::violationsOfRequest(const QByteArray &method, const
         for (const QString &text : found)
             schemas.check(fromText(text, schema, schemas), schema, place, violations);
     }
-    for (const auto &[name, value] : query) {
-        if (!knownInQuery.contains(name))
-            violations << "query " + name + ": is not in the document";
-    }
-
-    const QJsonValue security =
-        operation->record.contains("security") ? operation->record["security"] : m_document["security"];
-    for (const auto requirement : security.toArray()) {
-        for (const QString &scheme : requirement.toObject().keys()) {
-            const QJsonObject key = m_document["components"]["securitySchemes"][scheme].toObject();
-            const QString place = "header " + key["name"].toString();
-            const auto value = headerNamed(headers, key["name"].toString());
-            if (!value)
-                violations << place + ": is missing";
-            else if (!matches(key["x-pattern"].toString(), *value))
-                violations << place + ": is not of the form " + key["x-pattern"].toString();
-        }
+    for (const QString &place : given.uniqueKeys()) {
+        if (place.startsWith("query "))
+            violations << place + ": is not in the document";
     }
 
     const QJsonObject requestBody = schemas.resolved(operation->record["requestBody"]);
@@ -341,7 +279,7 @@ QStringList OpenApiContract::violationsOfAnswer(const QByteArray &method, const 
 {
     QStringList violations;
     const Schemas schemas(m_document);
-    const auto operation = findOperation(m_document, m_basePath, method, path, violations);
+    const auto operation = findOperation(m_document, method, path, violations);
     if (!operation)
         return violations;
     const QJsonObject answer = schemas.resolved(operation->record["responses"][QString::number(status)]);

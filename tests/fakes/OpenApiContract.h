@@ -18,15 +18,12 @@ namespace vynlex {
 /// names none, are violations. What the document does not name at all (path, method, status) is one as well.
 ///
 /// Knows what our document uses: local references, parameters in header, path and query (comma-separated lists
-/// included), JSON bodies, a key in a header (with "x-pattern" for its form), and of JSON Schema: type, enum, oneOf,
-/// required, properties, additionalProperties (true or false), items and the limits of numbers, texts and arrays.
-/// Any other keyword of a schema ends the program, so that nothing is passed over.
+/// included), JSON bodies, a key in a header (with "x-pattern" for its form). A keyword of JSON Schema that it does not
+/// know ends the program, so that nothing is passed over.
 class OpenApiContract {
 public:
     using Headers = std::vector<std::pair<QByteArray, QByteArray>>; ///< names in any letter case
     using Query = QList<std::pair<QString, QString>>;               ///< decoded, as of QUrlQuery::queryItems
-
-    explicit OpenApiContract(QJsonObject document);
 
     /// The REST interface between the kit and its backend: docs/confera-api.json.
     static OpenApiContract ofConfera();
@@ -48,10 +45,14 @@ public:
     }
 
 private:
+    explicit OpenApiContract(QJsonObject document)
+        : m_document(std::move(document))
+    {
+    }
+
     QStringList violationsOfFrame(const char *sender, const QByteArray &frame) const;
 
     QJsonObject m_document;
-    QString m_basePath;
 };
 
 } // namespace vynlex
