@@ -32,22 +32,19 @@ public:
     {
         m_state->slot.close();
         m_state->slot.remove();
-        m_state->counts.with([](auto &counts) { counts.alive = false; });
+        m_state->alive = false;
     }
 
     AudioFormat inputFormat() const override { return m_state->device->inputFormat.copy(); }
 
     void installTap(int bufferFrames, Tap tap) override
     {
-        m_state->counts.with([](auto &counts) { ++counts.installTap; });
+        if (m_state->slot.bufferFrames() > 0)
+            qFatal("FakeAudioEngine: a tap is removed before the next is installed.");
         m_state->slot.install(bufferFrames, std::move(tap));
     }
 
-    void removeTap() override
-    {
-        m_state->counts.with([](auto &counts) { ++counts.removeTap; });
-        m_state->slot.remove();
-    }
+    void removeTap() override { m_state->slot.remove(); }
 
     void prepare() override {}
 
@@ -56,10 +53,8 @@ public:
         auto result = successUnless(m_state->device->engineStartFailure);
         if (result && inputFormat().sampleRateHz <= 0)
             result = tl::unexpected(QStringLiteral("There is no microphone."));
-        if (result && !m_state->slot.isOpen()) {
-            const TapSlot::Session session = m_state->slot.open(inputFormat());
-            m_state->counts.with([&](auto &counts) { counts.session = session; });
-        }
+        if (result && !m_state->slot.isOpen())
+            m_state->session = m_state->slot.open(inputFormat());
         return result;
     }
 
@@ -128,17 +123,14 @@ public:
 
     tl::expected<void, QString> setCategory(Category, Mode, Option) override
     {
-        m_state.lists.with([](auto &lists) { ++lists.setCategoryCount; });
         return successUnless(m_state.categoryFailure);
     }
 
     tl::expected<void, QString> setActive(bool active) override
     {
         auto result = successUnless(m_state.activeFailure);
-        m_state.lists.with([&](auto &lists) {
-            ++lists.setActiveCount;
-            lists.active = result ? active : lists.active;
-        });
+        if (result)
+            m_state.isActive = active;
         return result;
     }
 
@@ -153,7 +145,7 @@ bool FakeCapture::hearSilence()
     if (!isRunning() || !hasTap())
         return false;
     const QByteArray zeros(qsizetype{tapFrames()} * m_state->device->inputFormat.copy().bytesPerFrame(), '\0');
-    std::thread([&] { m_state->slot.feed(m_state->counts.copy().session, zeros); }).join();
+    std::thread([&] { m_state->slot.feed(m_state->session, zeros); }).join();
     return true;
 }
 

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <tl/expected.hpp>
@@ -28,14 +29,9 @@ struct FakeAudioDevice {
 /// One audio engine that was made, as the test sees it. A handle, good after the engine is gone. Any thread.
 class FakeCapture {
 public:
-    struct Counts {
-        int installTap = 0;
-        int removeTap = 0;
-        TapSlot::Session session = 0;
-        bool alive = true;
-    };
     struct State {
-        Guarded<Counts> counts;
+        std::atomic<bool> alive = true;
+        std::atomic<TapSlot::Session> session = 0;
         TapSlot slot;
         std::shared_ptr<FakeAudioDevice> device;
     };
@@ -44,14 +40,10 @@ public:
     {
     }
 
-    [[nodiscard]] bool isAlive() const { return m_state->counts.copy().alive; }
+    [[nodiscard]] bool isAlive() const { return m_state->alive; }
     [[nodiscard]] bool isRunning() const { return m_state->slot.isOpen(); }
     [[nodiscard]] bool hasTap() const { return tapFrames() > 0; }
     [[nodiscard]] int tapFrames() const { return m_state->slot.bufferFrames(); } ///< 0 without a tap.
-
-    /// Calls so far, also those that changed nothing.
-    [[nodiscard]] int installTapCount() const { return m_state->counts.copy().installTap; }
-    [[nodiscard]] int removeTapCount() const { return m_state->counts.copy().removeTap; }
 
     /// The microphone hears one tap buffer of silence: the tap runs on a thread that is not the test's, and the call
     /// returns after it has. False when nobody listens (stopped, or no tap).
@@ -117,9 +109,7 @@ public:
     [[nodiscard]] FakeCapture lastCapture() const;
     [[nodiscard]] FakePlayback lastPlayback() const;
 
-    [[nodiscard]] int setCategoryCount() const { return m_state->lists.copy().setCategoryCount; }
-    [[nodiscard]] int setActiveCount() const { return m_state->lists.copy().setActiveCount; }
-    [[nodiscard]] bool isSessionActive() const { return m_state->lists.copy().active; }
+    [[nodiscard]] bool isSessionActive() const { return m_state->isActive; }
 
     /// The microphone's; 48 kHz, one channel, Float32 unless set. A rate of 0 is no microphone.
     void setInputFormat(const AudioFormat &format) { m_state->device->inputFormat.set(format); }
@@ -134,11 +124,9 @@ public:
         struct Lists {
             std::vector<std::shared_ptr<FakeCapture::State>> captures;
             std::vector<std::shared_ptr<FakePlayback::State>> playbacks;
-            int setCategoryCount = 0;
-            int setActiveCount = 0;
-            bool active = false;
         };
         Guarded<Lists> lists;
+        std::atomic<bool> isActive = false;
         /// Apart from the lists, which would keep each other alive.
         const std::shared_ptr<FakeAudioDevice> device = std::make_shared<FakeAudioDevice>();
         FakeAudioDevice::NextFailure categoryFailure;

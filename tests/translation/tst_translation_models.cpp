@@ -122,13 +122,10 @@ private slots:
         m_around->api.translatedConfig = VLTranslationConfig(u"later"_s, u"westeurope"_s, u"text"_s);
         start(false);
         TRY_COMPARE(m_around->platform.speechService->recognitionCount(), 2);
-        TRY_COMPARE(capture().installTapCount(), 2);
         QCOMPARE(recognition().settingsAtStart()->recognitionLanguage, u"te-IN"_s); // of its side
         QCOMPARE(recognition().settingsAtStart()->key, secrets::speechKey);         // that of the model's beginning
         QVERIFY(!first.isAlive());
-        QVERIFY(capture().removeTapCount() >= 2); // before each installation
-        TRY_VERIFY(capture().hearSilence());
-        TRY_VERIFY(!recognition().audio().isEmpty());
+        TRY_VERIFY(capture().hearSilence() && !recognition().audio().isEmpty());
     }
 
     void aFailedStartIsSaidAndWithoutAMicrophoneRecognitionWaitsInSilence()
@@ -148,7 +145,7 @@ private slots:
         TRY_VERIFY(m_around->platform.speechService->recognitionCount() == 1 && recognition().isStarted());
         m_model->stopSpeechRecognition();
         TRY_VERIFY(recognition().isInputClosed());
-        QCOMPARE(capture().installTapCount(), 0);
+        QVERIFY(!capture().hasTap());
         QVERIFY(console.lines().isEmpty());
     }
 
@@ -297,7 +294,6 @@ private slots:
         QCOMPARE(utterance.text(), u"Hello."_s);
         QCOMPARE(utterance.settings().voiceName, u"en-US-AriaNeural"_s);
         QCOMPARE(utterance.settings().key, secrets::speechKey);
-        QCOMPARE(m_around->platform.audio->setCategoryCount(), 1);
         QVERIFY(m_around->platform.audio->isSessionActive());
         QCOMPARE(m_completed.load(), 1);
         QCOMPARE(console.lines(), QStringList{u"completedSynthesizer"_s});
@@ -307,31 +303,12 @@ private slots:
         QCOMPARE(m_around->platform.speechService->lastUtterance().settings().voiceName, u"te-IN-ShrutiNeural"_s);
     }
 
-    void aStopReachesTextsThatTheirThreadHasNotComeTo()
-    {
-        m_around->platform.speechService->completeSpeakingAtOnce();
-        const std::uint64_t first = m_model->announce();
-        m_model->stopSpeaking();
-        const std::uint64_t second = m_model->announce();
-        m_model->stopSpeaking();
-        const std::uint64_t third = m_model->announce();
-        const auto read = [&](std::uint64_t call, const QString &text) {
-            std::thread([&] { m_model->speakText(call, text, true, {}, [this] { ++m_completed; }); }).join();
-        };
-        read(second, u"second"_s); // threads keep no order
-        read(third, u"third"_s);
-        read(first, u"first"_s);
-        QCOMPARE(m_around->platform.speechService->utteranceCount(), 1);
-        QCOMPARE(m_around->platform.speechService->lastUtterance().text(), u"third"_s);
-        QCOMPARE(m_completed.load(), 1);
-    }
-
     void anEmptyTextSpeaksNothingAndEveryFailureIsItsLine()
     {
         FakeSpeechService &service = *m_around->platform.speechService;
         const CapturedConsole console;
         speak({}); // prepares everything
-        QCOMPARE(m_around->platform.audio->setActiveCount(), 1);
+        QVERIFY(m_around->platform.audio->isSessionActive());
         QCOMPARE(service.synthesizerCount(), 1);
         QCOMPARE(service.utteranceCount(), 0);
         service.failNextSynthesizer(u"no loudspeaker"_s);
