@@ -145,22 +145,6 @@ private slots:
         QVERIFY(message(common + R"("system"})") == system);
     }
 
-    void whatIsOddInAMessageIsLeftOut()
-    {
-        const QByteArray start = R"({"_id":"a","threadId":"t",)";
-        QVERIFY(message(start + R"("createdBy":null,"creatorsName":1,"creatorsLName":[],"cOn":0,"conferaId":{},
-            "recipients":[{},7],"messageComponent":"text"})") == bareMessage());
-        VLChatMessage withText = bareMessage();
-        withText.messageText = u"x"_s;
-        QVERIFY(message(start + R"("messageComponent":{"text":"x","attachments":[{},null]}})") == withText);
-        VLChatMessage system = bareMessage();
-        system.messageType = VLChatMessageType::system;
-        system.isSystemMessage = true;
-        QVERIFY(message(start + R"("type":"system","messageComponent":{"text":"x"}})") == system);
-        QVERIFY(message(start + R"("type":"system","systemComponent":{"message":1,"usersAdded":{},"action":"x"}})") ==
-                system);
-    }
-
     void aPageWithAMessageWithoutIdentifierHasNoMessages()
     {
         const auto pageWith = [](const QByteArray &second) {
@@ -172,20 +156,6 @@ private slots:
         QVERIFY(whole.totalCount == 2 && !whole.unreadCount && !whole.moreAvailable);
         for (const char *const second : {R"({"threadId":"t"})", R"({"_id":"b","threadId":null})", "[]"})
             QVERIFY(!pageWith(second).messages);
-    }
-
-    void aCreatorThatIsNoTextEndsTheProcess()
-    {
-        for (const char *const creator : {"42", "{}", "true"}) {
-            const QByteArray json = QByteArray(R"({"_id":"a","threadId":"t","createdBy":)") + creator + '}';
-            QVERIFY(fatalErrorOf([&] {
-                        message(json);
-                    }).contains(u"ChatRecords.cpp: the \"createdBy\" of a VLChatMessage"_s));
-            const QByteArray page = R"({"messages":[)" + json + "]}";
-            QVERIFY(!fatalErrorOf([&] { static_cast<void>(decodeJson<VLThreadChatMessages>(page)); }).isEmpty());
-        }
-        // A message that has no identifier has failed before that.
-        QVERIFY(!decodeJson<VLChatMessage>(R"({"_id":"a","createdBy":42})"));
     }
 
     void aThreadNeedsItsIdAndNothingElse()
@@ -216,24 +186,13 @@ private slots:
         QVERIFY(!decodeJson<VLChatThread>("{}"));
     }
 
-    void aTokenNamesItsUser()
+    void aTokenOfALengthThatNoBase64HasIsALine()
     {
-        const auto userOf = [](const QByteArray &payload) {
-            const auto base64 = payload.toBase64(QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals);
-            return userIdOfJwt("head."_L1 + QString::fromLatin1(base64) + ".signature"_L1);
-        };
         const CapturedConsole console;
-        QCOMPARE(userOf(R"({"userId":"42"}  )"), u"42"_s); // one sign of padding
-        QCOMPARE(userOf(R"({"userId":"42"} )"), u"42"_s);  // two
-        QCOMPARE(userOf(R"({"userId":42})"), QString());
-        QCOMPARE(userOf("{\"userId\":\"\xff\"}"), QString());
-        QCOMPARE(userIdOfJwt(u"head.%%%%.signature"_s), QString());
         QCOMPARE(userIdOfJwt(u"head.eyJ=c2Vy.signature"_s), QString()); // padding inside
         QVERIFY(console.lines().isEmpty());
-        QCOMPARE(userIdOfJwt(u"head.eyJ1c.signature"_s), QString()); // a length that no base64 has
+        QCOMPARE(userIdOfJwt(u"head.eyJ1c.signature"_s), QString());
         QCOMPARE(console.lines(), QStringList(QString()));
-        QVERIFY(!fatalErrorOf([] { (void)userIdOfJwt(u"head.aGVsbG8.signature"_s); }).isNull());
-        QVERIFY(!fatalErrorOf([] { (void)userIdOfJwt(u"head..signature"_s); }).isNull());
     }
 
     void numbersAreTheSame_data()

@@ -57,17 +57,6 @@ private slots:
         QCOMPARE(sent(acknowledgement),
                  "{\"data\":{\"originalEvent\":\"नया\",\"timestamp\":\"" + time.toUtf8() + "\"},\"event\":\"ack\"}");
     }
-
-    void whatIsReceived()
-    {
-        using Response = SocketResponse<VLChatMessage>;
-        QCOMPARE(decodeJson<Response>(chatMessage)->data.messageText, secrets::chatText);
-        QCOMPARE(decodeJson<Response>("{\"event\":\"chatThreadAddOrEdit\",\"data\":{\"_id\":\"m\",\"threadId\":\"T\"}}")
-                     ->event,
-                 SocketEvent::chatThread);
-        QCOMPARE(decodeJson<Response>("{\"event\":\"other\",\"data\":{}}").error().path, u"$.event"_s);
-        QCOMPARE(decodeJson<Response>("{\"event\":\"chatMessage\"}").error().message(), u"$.data: missing"_s);
-    }
 };
 
 class TestSocketSession : public QObject {
@@ -134,39 +123,6 @@ private slots:
             settle();
             QCOMPARE(m_platform->socketWorker->socketCount(), sockets);
         }
-    }
-
-    void everyObjectIsAcknowledgedBeforeItIsRead_data()
-    {
-        addRows<QByteArray, QStringList>({
-            {"a message", chatMessage, {u"ack chatMessage"_s, u"m1"_s}},
-            {"a message without an identifier",
-             R"({"event":"chatMessage","data":{"threadId":"T"}})",
-             {u"ack chatMessage"_s}},
-            {"an update",
-             R"({"event":"chatMessageUpdate","data":{"_id":"m","threadId":"T"}})",
-             {u"ack chatMessageUpdate"_s}},
-            {"another event", R"({"event":"typing"})", {u"ack typing"_s}},
-            {"no event", "{}", {u"ack "_s}},
-            {"an event that is no text", R"({"event":7})", {u"ack "_s}},
-            {"an array", R"([{"event":"chatMessage"}])", {}},
-            {"a lone text", R"("chatMessage")", {}},
-            {"no JSON", R"({"event":"chatMessage")", {}},
-        });
-    }
-    void everyObjectIsAcknowledgedBeforeItIsRead()
-    {
-        const auto [text, expected] = currentRow<QByteArray, QStringList>();
-        standing();
-        QStringList heard;
-        m_session->onNewChatMessage = [&](const VLChatMessage &message) {
-            m_platform->socketWorker->run();
-            heard << describe(server().takeSent()) << message.id;
-        };
-        server().text(text);
-        settle();
-        heard << describe(server().takeSent());
-        QCOMPARE(heard, expected);
     }
 
     void whatAnEventDoesToASessionThatStands_data()

@@ -8,7 +8,6 @@ import { createServer } from 'node:https';
 import { createInterface } from 'node:readline';
 import { WebSocketServer } from 'ws';
 
-const refusals = { 'socket.staging.confera.example': 401, 'socket.rc.confera.example': 503 };
 const say = line => process.stdout.write(`${line}\n`);
 
 const message = text => Buffer.from(JSON.stringify(
@@ -28,21 +27,13 @@ function serve({ certificate, key, sentences }) {
             }
         },
         size(socket, bytes) { sendText(socket, message('x'.repeat(bytes - message('').length))); },
-        close(socket, code) { socket.close(...code ? [Number(code), 'why'] : []); },
         reset(socket) { socket.carrier.resetAndDestroy(); },
-        nothing() { },
     };
 
     const carriers = new Map(); // the TCP sockets beneath TLS, by their ports
     const played = new Set();
     const tls = createServer({ cert: certificate, key });
-    const verifyClient = ({ req }, done) => {
-        const status = refusals[req.headers.host];
-        if (status)
-            req.socket.once('close', () => say(`refused ${status}`));
-        done(!status, status);
-    };
-    new WebSocketServer({ server: tls, path: '/ws', verifyClient }).on('connection', (socket, request) => {
+    new WebSocketServer({ server: tls, path: '/ws' }).on('connection', (socket, request) => {
         socket.carrier = carriers.get(request.socket.remotePort);
         socket.on('error', () => { });
         socket.on('pong', data => say(`pong ${data}`));
