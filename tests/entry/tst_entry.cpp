@@ -140,18 +140,6 @@ private slots:
         TRY_COMPARE(host.overlay()->size(), QSizeF(844, 390));
     }
 
-    void theScreenLoadsOnceTheTokenIsExchanged()
-    {
-        Host host;
-        QVERIFY(host.show());
-        host.open();
-        settle();
-        QVERIFY(!asksForCalls(0));
-        answerToken(secrets::jwt.data());
-        TRY_VERIFY(asksForCalls(0));
-        QCOMPARE(VLApiManager::shared().currentJWT, secrets::jwt);
-    }
-
     void anAnswerForAScreenThatNobodyHoldsIsDropped()
     {
         Host host;

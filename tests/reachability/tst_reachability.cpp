@@ -40,9 +40,7 @@ public:
 void settle(Reachability &reachability)
 {
     (void)reachability.readFlags(); // a turn of the serial queue
-    bool over = false;
-    MainQueue::async([&] { over = true; });
-    TRY_VERIFY(over);
+    vynlex::settle();
 }
 
 } // namespace

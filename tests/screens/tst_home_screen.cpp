@@ -1,7 +1,6 @@
 #include "api/VLApiManager.h"
 #include "chat/ChatViewModel.h"
 #include "chat/SocketManager.h"
-#include "conversation/ConversationTranslateVC.h"
 #include "language/LanguageTranslation.h"
 #include "platform/ui/AlertController.h"
 #include "platform/ui/NavigationController.h"
@@ -305,17 +304,6 @@ private slots:
         QCOMPARE(names().size(), 2);
         QCOMPARE(console.lines(),
                  (QStringList{u"Current search text: BR"_s, u"Current search text: RI"_s, u"Current search text: "_s}));
-    }
-
-    void otherScreensAreOpened()
-    {
-        m_languages->store(Side::Speaker, LanguageOption::telugu);
-        m_screen->didPressLanguageButtonTapped();
-        LanguageSelectionView *const picker = m_screen->languageSelectionView();
-        QVERIFY(picker && picker->isShown() && picker->isFromSpeaker);
-        QCOMPARE(picker->selectedLanguage, LanguageOption::telugu);
-        m_screen->translateLanguageButtonTapped();
-        QVERIFY(std::dynamic_pointer_cast<ConversationTranslateVC>(m_screen->presentedViewController()));
     }
 };
 
