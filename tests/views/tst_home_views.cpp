@@ -64,23 +64,6 @@ private slots:
         QCOMPARE(stage.screen->searchBarText(), u"a"_s);
     }
 
-    void bothButtonsOfARowOpenTheChatWithItsPerson_data()
-    {
-        addRows<QString>({{"call", u"Call, Brian Fernandes"_s}, {"voice", u"Voice, Brian Fernandes"_s}});
-    }
-    void bothButtonsOfARowOpenTheChatWithItsPerson()
-    {
-        const auto [button] = currentRow<QString>();
-        HomeStage stage(m_phone);
-        QVERIFY(stage.showRecents(9));
-        QVERIFY(stage.searchFor(u"brian"_s)); // the row is not the one of the whole list
-        QVERIFY(stage.press(button));
-        TRY_VERIFY(stage.probe.named(u"Voice chat with Brian Fernandes"_s));
-        QVERIFY(stage.settle());
-        QVERIFY(stage.press(u"Back"_s));
-        TRY_COMPARE(stage.people(), QStringList(u"Brian Fernandes"_s));
-    }
-
     void aLongListHasNoMoreRowsThanAShortOne()
     {
         HomeStage stage(m_phone);

@@ -1,9 +1,9 @@
+#include "language/LanguageTranslation.h"
 #include "platform/ui/AlertController.h"
 #include "platform/ui/KitFont.h"
 #include "platform/ui/ScreenHost.h"
 #include "platform/ui/ScreenWindow.h"
 #include "tests/fakes/Patience.h"
-#include "tests/fakes/Rows.h"
 #include "tests/fakes/Suite.h"
 #include "tests/views/ViewProbe.h"
 
@@ -133,14 +133,10 @@ private slots:
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<qreal>("scale");
-        for (const qreal scale : {1.0, 1.5, 2.0}) {
-            const auto row = [&](const char *name) -> QTestData & { return QTest::addRow("%s x %g", name, scale); };
-            row("English") << u"Press mic to begin conversation"_s << scale;
-            row("Hindi") << u"बातचीत शुरू करने के लिए माइक दबाएं"_s << scale;
-            row("Gujarati") << u"વાતચીત શરૂ કરવા માટે માઇક દબાવો"_s << scale;
-            row("Marathi") << u"संभाषण सुरू करण्यासाठी माइक दाबा"_s << scale;
-            row("Bengali") << u"কথোপকথন শুরু করতে মাইক টিপুন"_s << scale;
-            row("Telugu") << u"సంభాషణను ప్రారంభించడానికి మైక్ నొక్కండి"_s << scale;
+        for (const LanguageOption option : allLanguageOptions) {
+            for (const qreal scale : {1.0, 1.5, 2.0})
+                QTest::addRow("%s x %g", qPrintable(rawValue(option)), scale)
+                    << languageEntry(option).promptText << scale;
         }
     }
     void whatIsSaidIsAsLargeAsItsRoomAllows()
@@ -191,17 +187,10 @@ private slots:
         TRY_VERIFY(top() < -20);
     }
 
-    void anAlertSaysItsMessageAndGoesWhenAnswered_data()
-    {
-        addRows<QSize, qreal>({
-            {"small phone, large type", QSize(320, 568), 1.5},
-            {"landscape, large type", QSize(844, 390), 1.5},
-        });
-    }
     void anAlertSaysItsMessageAndGoesWhenAnswered()
     {
-        const auto [size, scale] = currentRow<QSize, qreal>();
-        KitFont::shared().setScale(scale);
+        const QSize size(844, 390);
+        KitFont::shared().setScale(1.5);
         m_window->resize(size);
         const auto root = std::make_shared<ViewController>();
         ScreenWindow screens(root);
