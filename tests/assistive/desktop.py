@@ -7,7 +7,6 @@ import struct
 import subprocess
 import tempfile
 import time
-import zlib
 
 PATIENCE = 30  # seconds until what does not come counts as missing
 
@@ -76,14 +75,6 @@ class Desktop:
         header, row, colours = (struct.unpack_from(">I", dump, 4 * field)[0] for field in (0, 12, 19))
         start = header + 12 * colours
         return [dump[start + line * row + 4 * x:][:4 * width] for line in range(max(0, y), y + height)]
-
-    def save(self, place, file):
-        """Writes a picture for human eyes."""
-        rows = self.picture(place)
-        points = b"".join(b"\0" + b"".join(bytes((row[i + 2], row[i + 1], row[i])) for i in range(0, len(row), 4)) for row in rows)
-        parts = [(b"IHDR", struct.pack(">IIBBBBB", place[2], len(rows), 8, 2, 0, 0, 0)), (b"IDAT", zlib.compress(points, 1)), (b"IEND", b"")]
-        body = b"".join(struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data)) for kind, data in parts)
-        pathlib.Path(file).write_bytes(b"\x89PNG\r\n\x1a\n" + body)
 
 
 def different_points(one, other):
