@@ -71,13 +71,21 @@ private slots:
     void aSerialQueueKeepsOrderOnAThreadOfItsName()
     {
         std::vector<int> order; // unguarded on purpose: the queue is the guard
+        std::atomic<bool> busy = false;
+        std::atomic<bool> alone = true;
         std::array<char, 16> name{};
         QSemaphore done;
         // Begun by a thread that is gone by then: nothing of it may be needed to name the pool's.
         std::thread([&] {
             SerialQueue queue(QStringLiteral("conversionQueueOfOneScreen"));
-            for (int i = 0; i < 1000; ++i)
-                queue.async([&order, i] { order.push_back(i); });
+            for (int i = 0; i < 1000; ++i) {
+                queue.async([&, i] {
+                    alone = alone && !busy.exchange(true);
+                    std::this_thread::yield();
+                    order.push_back(i);
+                    busy = false;
+                });
+            }
             queue.async([&] {
                 pthread_getname_np(pthread_self(), name.data(), name.size());
                 done.release();
@@ -85,7 +93,7 @@ private slots:
             done.acquire();
         }).join();
         QCOMPARE(name.data(), "conversionQueue");
-        QVERIFY(order.size() == 1000 && std::ranges::is_sorted(order));
+        QVERIFY(alone && order.size() == 1000 && std::ranges::is_sorted(order));
     }
 
     void aTaskMayOwnTheOwnerOfItsSerialQueue()

@@ -54,8 +54,11 @@ Item {
     Rectangle {
         objectName: "button"
         width: 100; height: 100
+        activeFocusOnTab: true
+        Keys.onSpacePressed: root.controller.press()
         TapHandler { onTapped: root.controller.press() }
     }
+    Rectangle { y: 100; width: 100; height: 100; objectName: "second"; activeFocusOnTab: true }
 }
 )";
 
@@ -139,6 +142,35 @@ private slots:
         TRY_VERIFY(!stage.view(u"top"_s) && !stage.view(u"sheet"_s));
     }
 
+    void whatIsCoveredGetsNoTouchAndNoKey()
+    {
+        Stage stage(screen(u"root"_s));
+        QVERIFY(stage.show());
+
+        QTest::mouseClick(&stage.window, Qt::LeftButton, {}, {50, 50});
+        QCOMPARE(stage.root->presses, 1);
+
+        const auto alert = screen(u"alert"_s);
+        alert->modalPresentationStyle = ViewController::ModalPresentationStyle::OverCurrentContext;
+        stage.root->present(alert, Animated::No);
+        QTest::mouseClick(&stage.window, Qt::LeftButton, {}, {50, 50});
+        QTest::mouseClick(&stage.window, Qt::LeftButton, {}, {50, 300}); // where the alert has nothing
+        QCOMPARE(stage.root->presses, 1);
+        QCOMPARE(alert->presses, 1);
+
+        // Round and round with the tab key: never down to what is covered, and back to the first control.
+        int onAlertsButton = 0;
+        for (int press = 0; press < 8; ++press) {
+            QTest::keyClick(&stage.window, Qt::Key_Tab);
+            QVERIFY(stage.view(u"alert"_s)->isAncestorOf(stage.window.activeFocusItem()));
+            onAlertsButton += stage.window.activeFocusItem()->objectName() == u"button"_s;
+        }
+        QVERIFY(onAlertsButton >= 2);
+        stage.root->dismiss(Animated::No);
+        QTest::keyClick(&stage.window, Qt::Key_Tab);
+        QVERIFY(stage.view(u"root"_s)->isAncestorOf(stage.window.activeFocusItem()));
+    }
+
     void aViewGoesBeforeItsScreenEvenFromItsOwnButton()
     {
         Stage stage(screen(u"root"_s));
@@ -182,6 +214,24 @@ private slots:
             TRY_VERIFY(!stage.host.isMoving());
             QVERIFY(stage.view(u"top"_s));
         }
+    }
+
+    void theHostMayGoAtAnyTime()
+    {
+        QQmlEngine engine;
+        QSignalSpy warnings(&engine, &QQmlEngine::warnings);
+        QQuickWindow window;
+        const auto root = screen(u"root"_s);
+        ScreenWindow screens(root);
+        {
+            ScreenHost host(engine, screens, window.contentItem());
+            root->present(screen(u"first"_s), Animated::Yes);
+            root->dismiss(Animated::Yes);
+            root->present(screen(u"second"_s), Animated::Yes);
+        }
+        root->dismiss(Animated::Yes);
+        QCoreApplication::processEvents();
+        QCOMPARE(warnings.count(), 0);
     }
 };
 
