@@ -7,6 +7,7 @@
 #include "platform/net/BeastSocketWorker.h"
 #include "platform/net/CurlHttpTransport.h"
 #include "platform/network/DeviceReachabilitySource.h"
+#include "platform/network/PathWatchingSource.h"
 #include "platform/speech/CloudSpeechService.h"
 #include "platform/storage/QSettingsUserDefaults.h"
 
@@ -21,12 +22,19 @@ Platform Platform::shipped()
         return std::make_unique<CurlHttpTransport>(configuration);
     };
     platform.httpSession = std::make_shared<CurlHttpTransport>();
-    platform.socketWorker = std::make_shared<BeastSocketWorker>();
+    const auto sockets = std::make_shared<BeastSocketWorker>();
+    platform.socketWorker = sockets;
     platform.makeAudioEngine = [] { return std::make_unique<QtAudioEngine>(); };
     platform.makeAudioPlayer = [] { return std::make_unique<QtAudioPlayer>(); };
     platform.audioSession = std::make_shared<QtAudioSession>();
     platform.contactStore = std::make_shared<DeviceContactStore>();
-    platform.makeReachabilitySource = [] { return std::make_unique<DeviceReachabilitySource>(); };
+    // A connection over Wi-Fi is dead on the cellular network, and would find out when a write is not acknowledged.
+    platform.makeReachabilitySource = [weakSockets = std::weak_ptr(sockets)] {
+        return std::make_unique<PathWatchingSource>(std::make_unique<DeviceReachabilitySource>(), [weakSockets] {
+            if (const auto alive = weakSockets.lock())
+                alive->pathChanged();
+        });
+    };
     // Through the current platform: a host that brings its own loudspeaker means speech above all.
     platform.speechService = std::make_shared<CloudSpeechService>(
         platform.socketWorker, [] { return Platform::current()->makeAudioPlayer(); });

@@ -5,6 +5,7 @@
 #include "ReachabilityContract.h"
 #include "platform/network/DeviceReachabilitySource.h"
 #include "platform/network/KernelNetwork.h"
+#include "platform/network/PathWatchingSource.h"
 #include "tests/fakes/FakeReachabilitySource.h"
 
 using namespace vynlex;
@@ -61,6 +62,23 @@ private slots:
         FakeNetworkPath path;
         contract::sourceKeepsItsPromises([&] { return path.makeSource(); },
                                          [&](ReachabilityFlags flags) { path.set(flags); });
+    }
+
+    void onlyAnotherKindOfNetworkIsAnotherWay()
+    {
+        FakeNetworkPath path;
+        int changes = 0;
+        const auto make = [&] { return std::make_unique<PathWatchingSource>(path.makeSource(), [&] { ++changes; }); };
+        contract::sourceKeepsItsPromises(make, [&](ReachabilityFlags flags) { path.set(flags); });
+        path.set(wifi);
+        PathWatchingSource source(path.makeSource(), [&] { ++changes; });
+        const Listener listener(source);
+        for (const auto &[flags, changesByNow] :
+             {std::pair{wifi, 0}, {0U, 0}, {wifi, 0}, {cellular, 1}, {0U, 1}, {cellular, 1}, {0U, 1}, {wifi, 2}}) {
+            path.set(flags);
+            QVERIFY(listener.hears(flags));
+            QCOMPARE(changes, changesByNow);
+        }
     }
 
     void linksOfTheCellularNetwork()
