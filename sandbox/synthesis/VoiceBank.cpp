@@ -75,8 +75,6 @@ VoiceBank::VoiceBank()
     (void)EspeakEngine::instance();
 }
 
-VoiceBank::~VoiceBank() = default;
-
 bool VoiceBank::has(std::string_view voiceName) const
 {
     return find(voiceName) != nullptr;

@@ -12,7 +12,6 @@ class VoiceBank {
 public:
     /// Throws std::runtime_error when espeak-ng or its data is not there.
     VoiceBank();
-    ~VoiceBank();
 
     /// True for the catalogue's voices ("en-US-AriaNeural", "hi-IN-SwaraNeural", ...) and those of "en-IN".
     [[nodiscard]] bool has(std::string_view voiceName) const;
