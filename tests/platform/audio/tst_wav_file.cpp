@@ -112,10 +112,17 @@ private slots:
     {
         const QByteArray good = formatChunk(1, 1, 16000, 16);
         addRows<QByteArray, QString>({
+            {"empty", {}, "a.wav is empty."},
+            {"text", "Hello, world, this is not sound", "a.wav is not a WAV file."},
+            {"cut in its format", riff("fmt " + little(quint32(16)) + "abc"),
+             "a.wav is truncated: its header is not complete."},
+            {"no data", riff(good), "a.wav is truncated: it ends before its sound."},
             {"cut in its sound", riff(good) + "data" + little(quint32(1000)) + QByteArray(600, 'x'),
              "a.wav is truncated: 600 of 1000 bytes of sound are there."},
+            {"no sound", riff(good + chunk("data", "")), "a.wav holds no sound."},
             {"MP3", riff(formatChunk(0x55, 1, 16000, 16)), "a.wav is not PCM (format 85, 16 bits)."},
             {"slow", riff(formatChunk(1, 1, 4000, 16)), "a.wav has 4000 Hz; 8000 to 192000 are possible."},
+            {"six channels", riff(formatChunk(1, 6, 48000, 16)), "a.wav has 6 channels; 1 or 2 are possible."},
         });
     }
     void whatCannotBeUsedIsNamedInOneSentence()

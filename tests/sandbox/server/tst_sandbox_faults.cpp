@@ -136,8 +136,10 @@ private slots:
             {"misspelled parameter", R"({"kind":"reset","after":1})", "after"},
             {"out of range", R"({"kind":"status","status":600})", "100 to 599"},
             {"text for a number", R"({"kind":"latency","ms":"1"})", "ms"},
+            {"never", R"({"kind":"silence","times":0})", "times"},
             {"body without a place", R"({"kind":"status","status":204,"body":"x"})", "204"},
             {"unknown point", R"({"point":"p","kind":"drop"})", "point"},
+            {"no JSON", "{", ""},
         });
     }
     void aWrongFaultIsExplainedAndNoneIsAdded()
