@@ -516,7 +516,9 @@ private slots:
             {"400", refused(400), false, 1, Code::BadRequest,
              "WebSocket upgrade failed: Bad request (400). Please verify the provided subscription details and "
              "language information."},
+            {"404", refused(404), false, 1, Code::ConnectionFailure, unspecified.arg(404)},
             {"429", refused(429), false, 5, Code::TooManyRequests, unspecified.arg(429)},
+            {"500", refused(500), false, 5, Code::ServiceError, unspecified.arg(500)},
             {"503", refused(503), false, 5, Code::ServiceUnavailable, unspecified.arg(503)},
             {"unknown host", websocket::Error{{Kind::HostNotFound, 0, ""}}, false, 5, Code::ConnectionFailure, none},
             {"no answer", websocket::Error{{Kind::Timeout, 0, ""}}, false, 5, Code::ServiceTimeout, none},
