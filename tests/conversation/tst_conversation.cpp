@@ -105,6 +105,8 @@ private slots:
         QVERIFY(m_screen->speakerShowsPrompt() && m_screen->listenerShowsPrompt());
         QVERIFY(m_screen->speakerTextToSpeachButton->isHidden() && m_screen->listenerTextToSpeachButton->isHidden());
         QCOMPARE(m_screen->speakerState(), SideState::Idle);
+        for (const ButtonState *button : m_screen->findChildren<ButtonState *>())
+            QVERIFY(!button->currentImage().isEmpty());
         for (ButtonState *button : {m_screen->speakerMicButton, m_screen->listenerMicButton,
                                     m_screen->speakerTextToSpeachButton, m_screen->listenerTextToSpeachButton}) {
             const bool isMicrophone = !button->isHidden();

@@ -303,6 +303,25 @@ private slots:
         QCOMPARE(m_around->platform.speechService->lastUtterance().settings().voiceName, u"te-IN-ShrutiNeural"_s);
     }
 
+    void aStopReachesTextsThatTheirThreadHasNotComeTo()
+    {
+        m_around->platform.speechService->completeSpeakingAtOnce();
+        const std::uint64_t first = m_model->announce();
+        m_model->stopSpeaking();
+        const std::uint64_t second = m_model->announce();
+        m_model->stopSpeaking();
+        const std::uint64_t third = m_model->announce();
+        const auto read = [&](std::uint64_t call, const QString &text) {
+            std::thread([&] { m_model->speakText(call, text, true, {}, [this] { ++m_completed; }); }).join();
+        };
+        read(second, u"second"_s); // threads keep no order
+        read(third, u"third"_s);
+        read(first, u"first"_s);
+        QCOMPARE(m_around->platform.speechService->utteranceCount(), 1);
+        QCOMPARE(m_around->platform.speechService->lastUtterance().text(), u"third"_s);
+        QCOMPARE(m_completed.load(), 1);
+    }
+
     void anEmptyTextSpeaksNothingAndEveryFailureIsItsLine()
     {
         FakeSpeechService &service = *m_around->platform.speechService;
