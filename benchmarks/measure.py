@@ -61,7 +61,7 @@ class Figure:
             return ""
         unit = "" if self.of == "ratio" else " " + self.unit
         more = " more" if self.of == "excess" else ""
-        return f"{'at least' if self.at_least else 'at most'} {self.goal:g}{' x' if self.of == 'ratio' else unit}{more}"
+        return f"{'at least' if self.at_least else 'at most'} {self.goal:.3g}{' x' if self.of == 'ratio' else unit}{more}"
 
 
 def row(title):
@@ -98,10 +98,10 @@ def run(command, **options):
     return done.stdout
 
 
-def google(program, on=pinned):
-    """Of a Google Benchmark program: for each benchmark its turns, taken in random order, clocks in milliseconds."""
+def google(program, on=pinned, times=1):
+    """Of a Google Benchmark program: for each benchmark its turns (so many times as many), taken in random order, clocks in milliseconds."""
     out = run(on([PROGRAMS / program, "--benchmark_format=json", "--benchmark_min_time=0.05",
-                  f"--benchmark_repetitions={turns}", "--benchmark_enable_random_interleaving=true"]))
+                  f"--benchmark_repetitions={turns * times}", "--benchmark_enable_random_interleaving=true"]))
     ms = {"ns": 1e-6, "us": 1e-3, "ms": 1}
     benchmarks = {}
     for each in json.loads(out)["benchmarks"]:
@@ -203,7 +203,7 @@ def calls():
 
 @row("Reading answers of the backend into records")
 def decoding():
-    of = lambda name, benchmarks=google("decoding"): column(benchmarks[name], "cpu_time")
+    of = lambda name, benchmarks=google("decoding", times=5): column(benchmarks[name], "cpu_time")
     for what, name in ("150 messages", "Messages"), ("10,000 contacts", "Contacts"):
         yield Figure("decoding", what, "ms", of("decode" + name), "Qt's parse alone", of("parse" + name), 1.3, "ratio")
         yield Figure("decoding", what, "ms", of("decode" + name), "simdjson's parse alone", of("simdjson" + name))
@@ -211,7 +211,7 @@ def decoding():
 
 @row("A keystroke in the search bar, beside a loop over names in lower case")
 def search():
-    of = lambda name, benchmarks=google("search"): column(benchmarks[name], "cpu_time")
+    of = lambda name, benchmarks=google("search", times=5): column(benchmarks[name], "cpu_time")
     for people in (1000, 10_000, 100_000):
         for place, found in enumerate(("most", "one in ten", "nobody")):
             yield Figure("search", f"{people:,} people, {found} found", "ms", of(f"keystroke/{people}/{place}"), "bare loop",
@@ -328,15 +328,16 @@ def plot_ratios(measured, out):
     compared = [each for each in measured if each.ratios()]
     if not compared:
         return
+    labels = [f"{each.row}: {each.what} / {each.beside_what}" for each in compared]
     data = "".join(
-        f'"{each.row}: {each.what} / {each.beside_what}" {min(r := each.ratios()):.4g} {statistics.median(r):.4g} {max(r):.4g}\n'
-        for each in reversed(compared))
+        f'"{label}" {min(r := each.ratios()):.4g} {statistics.median(r):.4g} {max(r):.4g}\n'
+        for label, each in zip(reversed(labels), reversed(compared)))
     plot("ratios", f"""$data << end
 {data}end
 set title "The kit beside the nearest thing: 1 is as much as that (median, least, most)"
 set logscale x
 set yrange [-1:{len(compared)}]
-set lmargin 70
+set lmargin {max(map(len, labels))}
 set arrow from 1,graph 0 to 1,graph 1 nohead lc rgb "gray"
 set grid x
 plot $data using 3:0:2:4:ytic(1) with xerrorbars pt 7 lc rgb "#0F3CC9" notitle
