@@ -20,14 +20,16 @@ VLApiManager &VLApiManager::shared()
     return *instance;
 }
 
-void VLApiManager::setCredentials(const QString &guestId, const QString &jwt)
+bool VLApiManager::setCredentials(const QString &guestId, const QString &jwt)
 {
-    if (guestId != currentUserGuestID)
+    const bool isAnotherUser = guestId != currentUserGuestID;
+    if (isAnotherUser)
         m_user = std::make_shared<const char>();
     currentUserGuestID = guestId;
     currentJWT = jwt;
     if (networkClient)
         networkClient->jwtToken = jwt;
+    return isAnotherUser;
 }
 
 template<VLAPIRequest Request>

@@ -30,8 +30,9 @@ public:
 
     static VLApiManager &shared();
 
-    /// From now on requests carry `jwt`. The guest id is not sent; another one than before is another user.
-    void setCredentials(const QString &guestId, const QString &jwt);
+    /// From now on requests carry `jwt`. The guest id is not sent; another one than before is another user, which is
+    /// what this returns.
+    bool setCredentials(const QString &guestId, const QString &jwt);
 
     // Without a network client there is nobody to ask, and these do nothing.
     void getJWToken(const QString &webToken, VLApiCompletion<VLTokenResponse> completion);

@@ -118,10 +118,8 @@ void HomeVC::fetchJWToken(std::function<void()> completion)
 
 void HomeVC::signIn(const QString &jwt)
 {
-    const QString userId = userIdOfJwt(jwt);
-    if (userId != m_apiManager.currentUserGuestID)
+    if (m_apiManager.setCredentials(userIdOfJwt(jwt), jwt))
         forgetFormerUser();
-    m_apiManager.setCredentials(userId, jwt);
     // The screen may have loaded before the token was there. Its socket has logged in with none, or as somebody else,
     // and would never be sent a message.
     if (isViewLoaded())
